@@ -1,0 +1,79 @@
+#include "log/log.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include "support/bare_format.h"
+#include "support/owned.h"
+
+uint32_t g_console_debug = 0;
+uint32_t g_file_log = 0;
+char g_log_path[128] = "";
+
+namespace {
+
+constexpr const char *kConsole = "/dev/console";
+constexpr std::size_t kStampSpace = 32;  // "[", the time, "]", the terminator, and a few to spare
+
+OwnedText finished_line(const char *format, std::va_list arguments) noexcept {
+    const std::time_t now = std::time(nullptr);
+    std::va_list measured;
+    va_copy(measured, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, measured);
+    va_end(measured);
+    if (length < 0) {
+        return nullptr;
+    }
+    const std::size_t size = static_cast<std::size_t>(length) + kStampSpace;
+    OwnedText line(static_cast<char *>(std::malloc(size)));
+    if (!line) {
+        return nullptr;
+    }
+    char stamp[64];
+    const char *const time_text = ctime_r(&now, stamp);
+    const int written = std::snprintf(line.get(), size, "[%s", time_text ? time_text : "\n");
+    const std::size_t start = static_cast<std::size_t>(written);
+    line[start - 1] = ']';  // over the newline that ends the time
+    std::vsnprintf(line.get() + start, size - start - 1, format, arguments);
+    return line;
+}
+
+void write_to_console(const char *line) noexcept {
+    const OwnedDescriptor console(open(kConsole, O_WRONLY | O_NOCTTY | O_CLOEXEC));
+    [[maybe_unused]] const ssize_t written = write(console.get(), line, std::strlen(line));
+}
+
+void write_to_file(const char *line) noexcept {
+    const OwnedFile file(std::fopen(g_log_path, "a"));
+    const bool written = file && bare_format(file.get(), line) && std::fflush(file.get()) == 0;
+    if (!written) {
+        std::printf("str \"%s\" write to %s fail", line, g_log_path);
+    }
+}
+
+}  // namespace
+
+void cloud_log(const char *format, ...) noexcept {
+    if (g_console_debug == 0 && g_file_log == 0) {
+        return;
+    }
+    std::va_list arguments;
+    va_start(arguments, format);
+    const OwnedText line = finished_line(format, arguments);
+    va_end(arguments);
+    if (!line) {
+        return;
+    }
+    if (g_console_debug != 0) {
+        write_to_console(line.get());
+    }
+    if (g_file_log != 0) {
+        write_to_file(line.get());
+    }
+}

@@ -1,0 +1,41 @@
+// Owners of C handles: each releases its handle once, at the end of its scope.
+#ifndef CLOUDAGENT_SUPPORT_OWNED_H
+#define CLOUDAGENT_SUPPORT_OWNED_H
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+struct FreeText {
+    void operator()(char *text) const noexcept { std::free(text); }
+};
+
+struct CloseFile {
+    void operator()(std::FILE *file) const noexcept { std::fclose(file); }
+};
+
+// OwnedText is an array owner, so that line[i] reads as it would on a plain pointer.
+using OwnedText = std::unique_ptr<char[], FreeText>;
+using OwnedFile = std::unique_ptr<std::FILE, CloseFile>;
+
+// A file descriptor; negative means none.
+class OwnedDescriptor {
+  public:
+    explicit OwnedDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
+    ~OwnedDescriptor() {
+        if (descriptor_ >= 0) {
+            close(descriptor_);
+        }
+    }
+    OwnedDescriptor(const OwnedDescriptor &) = delete;
+    OwnedDescriptor &operator=(const OwnedDescriptor &) = delete;
+
+    int get() const noexcept { return descriptor_; }
+
+  private:
+    int descriptor_;
+};
+
+#endif
