@@ -1,0 +1,41 @@
+// kdump KIND [ARG]: uploads one kind of diagnostic dump to the cloud. Always exits 0; the log
+// tells.
+#include <cstdlib>
+
+#include "cloud_http/upload_url.h"
+#include "kdump/upload_job.h"
+#include "log/log.h"
+#include "state/state_files.h"
+
+namespace {
+
+// Settings come from files and the local service only, but libcurl and the resolver would read
+// these.
+constexpr const char *kForgottenVariables[] = {
+    "http_proxy", "https_proxy",   "HTTPS_PROXY", "all_proxy",   "ALL_PROXY",  "no_proxy",
+    "NO_PROXY",   "SSLKEYLOGFILE", "HOSTALIASES", "LOCALDOMAIN", "RES_OPTIONS"};
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    for (const char *variable : kForgottenVariables) {
+        unsetenv(variable);
+    }
+    api_cloud_debug_get(&g_console_debug);
+    api_cloud_DetectDNS_get(&g_detect_dns);
+    cloud_log("##################kdump##################\n");
+
+    const char *const word = argc >= 2 ? argv[1] : nullptr;
+    if (word == nullptr) {
+        cloud_log("%s %d argv[1] = NULL\n", kProgramSpeaker, 640);
+        return 0;
+    }
+    const char *const argument = argc >= 3 ? argv[2] : "";
+    const DumpKind *const kind = find_dump_kind(word, argument);
+    if (kind == nullptr) {
+        cloud_log("%s %d\n", kProgramSpeaker, 1491);
+        return 0;
+    }
+    run_upload_job(*kind, argument);
+    return 0;
+}
