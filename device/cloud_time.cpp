@@ -1,0 +1,94 @@
+#include "device/cloud_time.h"
+
+#include <cstring>
+
+#include "cloud_http/curl_http.h"
+#include "cloud_http/curl_options.h"
+#include "cloud_http/local_service.h"
+#include "cloud_http/reply_text.h"
+#include "log/log.h"
+#include "support/fixed_text.h"
+#include "support/owned.h"
+#include "support/owned_curl.h"
+
+namespace {
+
+constexpr const char *kSettingsUrl = LOCAL_SERVICE "system/settings/time";
+
+FixedText<256> time_url;
+
+void set_options(CURL *handle, bool over_tls, char *error_text) noexcept {
+    set_text(handle, CURLOPT_URL, time_url.c_str());
+    set_long(handle, CURLOPT_FAILONERROR, 1);
+    set_pointer(handle, CURLOPT_ERRORBUFFER, error_text);
+    if (over_tls) {
+        set_long(handle, CURLOPT_USE_SSL, CURLUSESSL_ALL);
+        set_long(handle, CURLOPT_SSL_VERIFYPEER, 1);
+        set_text(handle, CURLOPT_CAPATH, "/etc/ssl/certs/");
+    }
+    set_no_session_cache(handle);
+}
+
+// False when no 200 reply arrived, which is logged.
+bool ask_cloud(bool over_tls, ReplyText &reply) noexcept {
+    char error_text[CURL_ERROR_SIZE] = "";
+    const OwnedCurl handle(curl_easy_init());
+    cloud_log("url: %s\n", time_url.c_str());
+    set_options(handle.get(), over_tls, error_text);
+    reply.collect(handle.get());
+    set_long(handle.get(), CURLOPT_TIMEOUT, 20);
+    set_long(handle.get(), CURLOPT_CONNECTTIMEOUT, 10);
+    const CURLcode result = curl_easy_perform(handle.get());
+    curl_post_transfer_hook(handle.get());
+    long status = 0;
+    curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
+    curl_info_dump(handle.get());
+    if (result != CURLE_OK || status != kHttpOk) {
+        cloud_log("curl error (%d) %s\n", static_cast<int>(result), error_text);
+        return false;
+    }
+    return true;
+}
+
+// Whether the device's own time settings can be read; their time zone only has to be there.
+bool settings_readable() noexcept {
+    const LocalPayload settings = read_local_payload(kSettingsUrl, "timeConfs", 1423);
+    return settings.object != nullptr &&
+           getJsonStringValueForKey(settings.object, "sntpTimeZone") != nullptr;
+}
+
+void set_manual_time(const char *cloud_time) noexcept {
+    FixedText<100> time;
+    time.format("%s", cloud_time);
+    if (time.length() != 0) {
+        time.data()[time.length() - 1] = '\0';  // the device's time has no zone letter at its end
+    }
+    FixedText<100> body;
+    body.format("{\"manualTime\":\"%s%s\"}", time.c_str(), "");
+    char *reply = nullptr;
+    http_patch(kSettingsUrl, body.c_str(), &reply);
+    const OwnedText unused(reply);
+}
+
+}  // namespace
+
+int api_get_time(const char *scheme, const char *host) noexcept {
+    constexpr int kResult = -1;
+    time_url.format("%s://%s/time", scheme, host);
+    ReplyText reply;
+    if (!ask_cloud(scheme != nullptr && std::strcmp(scheme, "https") == 0, reply)) {
+        return kResult;
+    }
+    if (reply.get() == nullptr) {
+        cloud_log("empty reply from time API ?!\n");
+        return kResult;
+    }
+    cloud_log("\n\n %s json (%lu bytes):\n%s\n", __func__, static_cast<unsigned long>(reply.size()),
+              reply.get());
+    const OwnedJson document(parseJsonText(reply.get()));
+    const char *const time = document ? getJsonStringValueForKey(document.get(), "time") : nullptr;
+    if (time != nullptr && settings_readable()) {
+        set_manual_time(time);
+    }
+    return kResult;
+}
