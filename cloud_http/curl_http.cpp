@@ -33,9 +33,7 @@ int curl_http(const char *method, const char *url, char **out, const char *body)
     return result;
 }
 
-int http_get(const char *url, char **out) noexcept {
-    return curl_http("GET", url, out, nullptr);
-}
+int http_get(const char *url, char **out) noexcept { return curl_http("GET", url, out, nullptr); }
 
 int http_post(const char *url, const char *body, char **out) noexcept {
     return curl_http("POST", url, out, body);

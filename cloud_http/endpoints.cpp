@@ -58,18 +58,10 @@ int set_endpoint(const Endpoint &endpoint, const char *value) noexcept {
 
 }  // namespace
 
-int api_kdumps_server_get(char *out) noexcept {
-    return get_endpoint(kKdumps, out);
-}
+int api_kdumps_server_get(char *out) noexcept { return get_endpoint(kKdumps, out); }
 
-int api_kdumps_server_set(const char *url) noexcept {
-    return set_endpoint(kKdumps, url);
-}
+int api_kdumps_server_set(const char *url) noexcept { return set_endpoint(kKdumps, url); }
 
-int api_TFA_get(char *out) noexcept {
-    return get_endpoint(kAuthentication, out);
-}
+int api_TFA_get(char *out) noexcept { return get_endpoint(kAuthentication, out); }
 
-int api_TFA_set(const char *url) noexcept {
-    return set_endpoint(kAuthentication, url);
-}
+int api_TFA_set(const char *url) noexcept { return set_endpoint(kAuthentication, url); }

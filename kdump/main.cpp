@@ -1,5 +1,4 @@
-// kdump KIND [ARG]: uploads one kind of diagnostic dump to the cloud. Always exits 0; the log
-// tells.
+// kdump KIND [ARG]: uploads one kind of diagnostic dump. Always exits 0; the log tells.
 #include <cstdlib>
 
 #include "cloud_http/upload_url.h"
@@ -9,8 +8,7 @@
 
 namespace {
 
-// Settings come from files and the local service only, but libcurl and the resolver would read
-// these.
+// All settings come from files and the local service; libcurl and the resolver would read these.
 constexpr const char *kForgottenVariables[] = {
     "http_proxy", "https_proxy",   "HTTPS_PROXY", "all_proxy",   "ALL_PROXY",  "no_proxy",
     "NO_PROXY",   "SSLKEYLOGFILE", "HOSTALIASES", "LOCALDOMAIN", "RES_OPTIONS"};

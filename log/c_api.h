@@ -6,8 +6,12 @@
 
 #ifdef __cplusplus
 #define CLOUD_NOEXCEPT noexcept
-#define CLOUD_API_BEGIN extern "C" { _Pragma("GCC visibility push(default)")
-#define CLOUD_API_END _Pragma("GCC visibility pop") }
+#define CLOUD_API_BEGIN \
+    extern "C" {        \
+    _Pragma("GCC visibility push(default)")
+#define CLOUD_API_END             \
+    _Pragma("GCC visibility pop") \
+    }
 #else
 #define CLOUD_NOEXCEPT
 #define CLOUD_API_BEGIN _Pragma("GCC visibility push(default)")

@@ -1,5 +1,5 @@
-// The digest context of the public interface is OpenSSL's SHA256_CTX, whose functions OpenSSL 3 marks as
-// deprecated; only the calls of this file may use them without a warning.
+// The digest context of the public interface is OpenSSL's SHA256_CTX, whose functions OpenSSL 3
+// marks as deprecated; only the calls of this file may use them without a warning.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include "state/digest.h"

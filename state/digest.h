@@ -40,15 +40,16 @@ void hmac_sha256_final(SHA256_CTX *context, unsigned char *digest) CLOUD_NOEXCEP
 int hmac_sha256_hex(const char *message, const char *key, char *out, size_t size) CLOUD_NOEXCEPT;
 
 /*
- * A one-off value of 16 raw bytes in digest: MD5 over the first 16 characters of sys_mac_addr, a zero and
- * 47 random bytes. Reseeds the process's random() with seed times the calling thread's kernel id: the
- * same seed in the same thread gives the same digest. Returns 0.
+ * A one-off value of 16 raw bytes in digest: MD5 over the first 16 characters of sys_mac_addr, a
+ * zero and 47 random bytes. Reseeds the process's random() with seed times the calling thread's
+ * kernel id: the same seed in the same thread gives the same digest. Returns 0.
  */
 int api_nonce_generate(uint32_t seed, unsigned char digest[16]) CLOUD_NOEXCEPT;
 
 /*
- * First place in haystack where needle stands, letter case aside (tolower); an empty needle is found at
- * the start. Null when there is none or an argument is null. The result points into haystack.
+ * First place in haystack where needle stands, letter case aside (tolower); an empty needle is
+ * found at the start. Null when there is none or an argument is null. The result points into
+ * haystack.
  */
 char *str_case_search(const char *haystack, const char *needle) CLOUD_NOEXCEPT;
 

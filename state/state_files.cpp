@@ -1,5 +1,6 @@
 #include "state/state_files.h"
 
+#include <cstdio>
 #include <cstring>
 
 #include "config/deployment.h"

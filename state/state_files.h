@@ -1,19 +1,20 @@
 /*
  * The settings and status values that the cloud agents share, one value a file.
  *
- * Settings live in /mnt/data/iss_config/current_config/ (SETTINGS below) and survive a reboot; status
- * values live in /tmp/app/cloud_tmp/ (STATUS below) and vanish with one. The folders are never created
- * here. No lock is taken: a reader may meet a file that a writer has just emptied and read nothing.
+ * Settings live in /mnt/data/iss_config/current_config/ (SETTINGS below) and survive a reboot;
+ * status values live in /tmp/app/cloud_tmp/ (STATUS below) and vanish with one. The folders are
+ * never created here. No lock is taken: a reader may meet a file that a writer has just emptied and
+ * read nothing.
  *
- * Getters store the file's value, or the documented default when the file cannot be opened. A file that
- * opens but holds nothing readable leaves the variable as the caller set it. Text getters read one word,
- * store at most 255 characters and a NUL, and need a buffer of 256 bytes; given a null pointer they
- * return 1 and open nothing unless noted. The other getters store nothing through a null pointer.
- * Getters return 0 unless noted.
+ * Getters store the file's value, or the documented default when the file cannot be opened. A file
+ * that opens but holds nothing readable leaves the variable as the caller set it. Text getters read
+ * one word, store at most 255 characters and a NUL, and need a buffer of 256 bytes; given a null
+ * pointer they return 1 and open nothing unless noted. The other getters store nothing through a
+ * null pointer. Getters return 0 unless noted.
  *
- * Setters replace the whole file and add no newline. A text is cut at 255 characters; a null text is
- * refused without touching the file. Setters return 0, or 1 when the file cannot be opened or the text
- * is null, unless noted.
+ * Setters replace the whole file and add no newline. A text is cut at 255 characters; a null text
+ * is refused without touching the file. Setters return 0, or 1 when the file cannot be opened or
+ * the text is null, unless noted.
  */
 #ifndef CLOUDAGENT_STATE_STATE_FILES_H
 #define CLOUDAGENT_STATE_STATE_FILES_H
@@ -37,7 +38,8 @@ uint32_t api_cloud_DetectDNS_get(uint32_t *value) CLOUD_NOEXCEPT;
 /* Service catalogue, SETTINGS/cloud_etcd: 0, or 1 for any other value. Default 1. */
 uint32_t api_cloud_etcd_get(uint32_t *value) CLOUD_NOEXCEPT;
 
-/* Firmware upgrade status, STATUS/cloud_fw_upgrade_status_file. Default 0. Returns the value stored. */
+/* Firmware upgrade status, STATUS/cloud_fw_upgrade_status_file. Default 0. Returns the value
+ * stored. */
 uint32_t api_cloud_fw_upgrade_status_get(uint32_t *value) CLOUD_NOEXCEPT;
 
 /* Firmware upgrade flag, STATUS/cloud_fw_upgrade_flag_file. Default 0. */
@@ -68,7 +70,8 @@ uint32_t api_checkin_status_set(const char *value) CLOUD_NOEXCEPT;
 uint32_t api_fallback_host_get(char *value) CLOUD_NOEXCEPT;
 uint32_t api_fallback_host_set(const char *value) CLOUD_NOEXCEPT;
 
-/* Connection-keeper host, STATUS/connectionkeeperhost_file. Default: the deployment's keeper host. */
+/* Connection-keeper host, STATUS/connectionkeeperhost_file. Default: the deployment's keeper host.
+ */
 uint32_t api_connection_keeper_host_get(char *value) CLOUD_NOEXCEPT;
 uint32_t api_connection_keeper_host_set(const char *value) CLOUD_NOEXCEPT;
 
@@ -87,8 +90,8 @@ uint32_t api_quenta_server_port_set(uint32_t value) CLOUD_NOEXCEPT;
 
 /*
  * Writes STATUS/sorvane_file: a line an entry, each entry that equals selected with "*" before it.
- * entries: count slots of 256 bytes, a text each; count 0 (or less, or null entries): an empty file.
- * selected may be null: nothing is marked.
+ * entries: count slots of 256 bytes, a text each; count 0 (or less, or null entries): an empty
+ * file. selected may be null: nothing is marked.
  */
 uint32_t api_sorvane_list_set(char (*entries)[256], int count, const char *selected) CLOUD_NOEXCEPT;
 
