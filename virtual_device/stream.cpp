@@ -1,0 +1,97 @@
+#include "stream.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+
+namespace world {
+namespace {
+
+int clamp_size(size_t size) { return static_cast<int>(std::min<size_t>(size, INT_MAX)); }
+
+// The host name in a server-name extension: list length (2), type (1), name length (2), name.
+std::string name_in_extension(const unsigned char *data, size_t size) {
+    constexpr size_t kBeforeName = 5;
+    if (data == nullptr || size <= kBeforeName)
+        return "";
+    return {reinterpret_cast<const char *>(data) + kBeforeName, size - kBeforeName};
+}
+
+}  // namespace
+
+void Stream::prepare(SSL_CTX *context) {
+    SSL_CTX_set_client_hello_cb(context, &Stream::on_client_hello, nullptr);
+}
+
+Stream::Stream(int descriptor, SSL_CTX *context) : descriptor_(descriptor) {
+    if (context == nullptr)
+        return;
+    session_.reset(SSL_new(context));
+    SSL_set_fd(session_.get(), descriptor);
+    SSL_set_app_data(session_.get(), this);
+}
+
+Stream::~Stream() {
+    session_.reset();
+    close(descriptor_);
+}
+
+void Stream::finish() {
+    if (session_ && SSL_is_init_finished(session_.get()))
+        SSL_shutdown(session_.get());
+    cut();
+}
+
+int Stream::on_client_hello(SSL *session, int *, void *) {
+    auto *self = static_cast<Stream *>(SSL_get_app_data(session));
+    const unsigned char *data = nullptr;
+    size_t size = 0;
+    SSL_client_hello_get0_ext(session, TLSEXT_TYPE_server_name, &data, &size);
+    self->server_name_ = name_in_extension(data, size);
+    if ((*self->admit_)(self->server_name_))
+        return SSL_CLIENT_HELLO_SUCCESS;
+    self->cut();  // before the library can send its alert
+    return SSL_CLIENT_HELLO_ERROR;
+}
+
+bool Stream::handshake(const std::function<bool(const std::string &)> &admit) {
+    if (!session_)
+        return admit("");
+    admit_ = &admit;
+    return SSL_accept(session_.get()) == 1;
+}
+
+size_t Stream::read(char *into, size_t size) {
+    const ssize_t got = session_ ? SSL_read(session_.get(), into, clamp_size(size))
+                                 : recv(descriptor_, into, size, 0);
+    return got > 0 ? static_cast<size_t>(got) : 0;
+}
+
+bool Stream::write(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t sent = session_
+                                 ? SSL_write(session_.get(), text.data(), clamp_size(text.size()))
+                                 : send(descriptor_, text.data(), text.size(), MSG_NOSIGNAL);
+        if (sent <= 0)
+            return false;
+        text.remove_prefix(static_cast<size_t>(sent));
+    }
+    return true;
+}
+
+void Stream::cut() { shutdown(descriptor_, SHUT_RDWR); }
+
+std::string Stream::client_certificate() const {
+    if (!session_)
+        return "";
+    const Certificate shown(SSL_get1_peer_certificate(session_.get()));
+    char name[256] = "";
+    if (shown)
+        X509_NAME_get_text_by_NID(X509_get_subject_name(shown.get()), NID_commonName, name,
+                                  sizeof name);
+    return name;
+}
+
+}  // namespace world

@@ -1,0 +1,183 @@
+#include "world_mounts.h"
+
+#include <fcntl.h>
+#include <ftw.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "files.h"
+#include "private_world.h"
+
+namespace fs = std::filesystem;
+
+namespace world {
+namespace {
+
+constexpr const char *kHostEtc = "/run/world/host_etc";
+constexpr const char *kCovered[] = {"/tmp", "/mnt", "/run", "/dev"};
+
+[[noreturn]] void fail(const std::string &step) {
+    throw std::system_error(errno, std::generic_category(), step);
+}
+
+void do_mount(const std::string &source, const std::string &target, const char *type,
+              unsigned long flags, const char *data = nullptr) {
+    if (mount(source.c_str(), target.c_str(), type, flags, data) != 0)
+        fail("mount " + std::string(type ? type : source) + " on " + target);
+}
+
+void cover(const std::string &path, const char *mode) {
+    do_mount("tmpfs", path, "tmpfs", MS_NOSUID, mode);
+}
+
+bool lies_under(const std::string &path, const std::string &folder) {
+    return path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 &&
+           path[folder.size()] == '/';
+}
+
+// A place of the machine held open, so that it can be bound after its path has been covered.
+class Held {
+  public:
+    explicit Held(const std::string &path)
+        : path_(path), fd_(open(path.c_str(), O_PATH | O_CLOEXEC)) {}
+    Held(Held &&other) noexcept
+        : path_(std::move(other.path_)), fd_(std::exchange(other.fd_, -1)) {}
+    Held &operator=(Held &&) = delete;
+    ~Held() {
+        if (fd_ >= 0)
+            close(fd_);
+    }
+    bool exists() const { return fd_ >= 0; }
+    void bind_back() const {
+        do_mount("/proc/self/fd/" + std::to_string(fd_), path_, nullptr, MS_BIND | MS_REC);
+    }
+    const std::string &path() const { return path_; }
+
+  private:
+    std::string path_;
+    int fd_;
+};
+
+std::vector<Held> hold_folders(const std::vector<std::string> &keep) {
+    std::vector<std::string> real;
+    for (const std::string &path : keep) {
+        std::error_code missing;
+        const std::string resolved = fs::canonical(path, missing).string();
+        const auto covers = [&](const char *folder) { return lies_under(resolved, folder); };
+        if (!missing && std::any_of(std::begin(kCovered), std::end(kCovered), covers))
+            real.push_back(resolved);
+    }
+    std::sort(real.begin(), real.end());
+    std::vector<Held> held;
+    for (const std::string &path : real)
+        if (held.empty() || (path != held.back().path() && !lies_under(path, held.back().path())))
+            held.emplace_back(path);
+    return held;
+}
+
+void make_dev() {
+    std::vector<Held> nodes;
+    for (const char *name : {"null", "zero", "full", "random", "urandom", "tty", "ptmx", "pts"})
+        nodes.emplace_back(std::string("/dev/") + name);
+    cover("/dev", "mode=755");
+    for (const Held &node : nodes) {
+        if (!node.exists())
+            continue;
+        if (node.path() == "/dev/pts")
+            fs::create_directory(node.path());
+        else
+            write_file(node.path(), "");
+        node.bind_back();
+    }
+    for (const char *link : {"stdin 0", "stdout 1", "stderr 2"})
+        fs::create_symlink("/proc/self/fd/" + std::string(std::strchr(link, ' ') + 1),
+                           "/dev/" + std::string(link, std::strchr(link, ' ')));
+    fs::create_symlink("/proc/self/fd", "/dev/fd");
+    fs::create_directory("/dev/shm");
+    fs::permissions("/dev/shm", fs::perms::all | fs::perms::sticky_bit);
+    if (mkfifo("/dev/console", 0666) != 0)
+        fail("mkfifo /dev/console");
+}
+
+// The new /etc shows every entry of the machine's, save those the world has its own of.
+void make_etc() {
+    fs::create_directories(kHostEtc);
+    do_mount("/etc", kHostEtc, nullptr, MS_BIND | MS_REC);
+    cover("/etc", "mode=755");
+    const auto link_entries = [](const fs::path &from, const fs::path &to, const char *without) {
+        std::error_code none;
+        for (const fs::directory_entry &entry : fs::directory_iterator(from, none)) {
+            if (entry.path().filename() == without)
+                continue;
+            if (entry.is_symlink())
+                fs::copy_symlink(entry.path(), to / entry.path().filename());
+            else
+                fs::create_symlink(entry.path(), to / entry.path().filename());
+        }
+    };
+    link_entries(kHostEtc, "/etc", "ssl");
+    fs::create_directories("/etc/ssl/certs");
+    link_entries(fs::path(kHostEtc) / "ssl", "/etc/ssl", "certs");
+    for (const char *name : {"/etc/hosts", "/etc/resolv.conf", "/etc/nsswitch.conf"})
+        fs::remove(name);
+    write_file("/etc/resolv.conf", "nameserver 127.0.0.1\noptions timeout:1 attempts:1\n");
+    write_file("/etc/nsswitch.conf", "passwd: files\ngroup: files\nhosts: files dns\n");
+}
+
+void make_stand_ins() {
+    fs::create_directories(kStandInDir);
+    const std::string script = "#!/bin/sh\necho reboot >>" + std::string(kRebootRecord) + "\n";
+    for (const char *name : {"reboot", "halt", "poweroff", "shutdown"}) {
+        const std::string path = std::string(kStandInDir) + "/" + name;
+        write_file(path, script);
+        fs::permissions(path, fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec,
+                        fs::perm_options::add);
+    }
+}
+
+int remove_entry(const char *path, const struct stat *, int, struct FTW *place) {
+    if (place->level > 0)
+        (void)remove(path);  // a folder that leads to a kept one is not empty and stays
+    return 0;
+}
+
+}  // namespace
+
+void build_tree(const std::vector<std::string> &keep) {
+    do_mount("none", "/", nullptr, MS_REC | MS_PRIVATE);
+    do_mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC);
+    const std::vector<Held> held = hold_folders(keep);
+    make_dev();
+    cover("/tmp", "mode=1777");
+    cover("/mnt", "mode=755");
+    cover("/run", "mode=755");
+    for (const Held &folder : held) {
+        fs::create_directories(folder.path());
+        folder.bind_back();
+    }
+    make_etc();
+    make_stand_ins();
+    seed_tree();
+}
+
+void seed_tree() {
+    fs::create_directories("/tmp/app/cloud_tmp");
+    fs::create_directories("/mnt/data/iss_config/current_config");
+    fs::create_directories(kDeviceDir);
+    write_file("/etc/hosts", "127.0.0.1 localhost\n");
+}
+
+void clear_directory(const std::string &path) {
+    constexpr int kOpenFolders = 16;
+    nftw(path.c_str(), remove_entry, kOpenFolders, FTW_DEPTH | FTW_MOUNT | FTW_PHYS);
+}
+
+}  // namespace world
