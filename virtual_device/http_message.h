@@ -20,6 +20,7 @@ struct Request {
     std::string client_certificate;  // its common name; empty when none was shown
     std::string server_name;         // the host the TLS client asked for; empty without TLS
     std::function<void(const char *, size_t)> body_sink;
+    size_t number = 0;  // for the handler's own use
 
     // The value of the first header of that name in any letter case; empty when absent.
     std::string header(const std::string &name) const;

@@ -22,10 +22,10 @@ namespace world {
 class HttpHandler {
   public:
     virtual ~HttpHandler() = default;
-    // False cuts the connection at once. `server_name`: the host a TLS client asks for.
-    virtual bool admit(const std::string &server_name) {
+    // What becomes of a new connection. `server_name`: the host a TLS client asks for.
+    virtual Admission admit(const std::string &server_name) {
         (void)server_name;
-        return true;
+        return Admission::welcome;
     }
     // The headers are in. May set a body_sink; the result is what happens to the body.
     virtual Fault begin(Request &request) {

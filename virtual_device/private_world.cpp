@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <linux/capability.h>
 #include <net/if.h>
-#include <poll.h>
 #include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
@@ -29,6 +28,7 @@ namespace {
 constexpr int kPassedSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 
 volatile sig_atomic_t g_child;
+int g_outer_process;
 
 void pass_signal(int number) {
     if (g_child > 0)
@@ -119,8 +119,7 @@ void set_environment() {
 // Returns in the program's process only; `report` carries the program's status to the outside.
 void run_init(const Options &options, const std::vector<std::string> &keep, int report) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    struct pollfd outside = {report, 0, 0};
-    if (poll(&outside, 1, 0) != 0)
+    if (read(report, &g_outer_process, sizeof g_outer_process) != sizeof g_outer_process)
         _exit(1);  // the outer process died before the line above took effect
     try {
         build_tree(keep);
@@ -178,8 +177,8 @@ void enter(const Options &options) {
     const std::vector<std::string> keep = folders_to_keep(options);
     std::fflush(nullptr);
     int report[2];
-    if (pipe2(report, O_CLOEXEC) != 0)
-        give_up(with_reason("pipe"));
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, report) != 0)
+        give_up(with_reason("socketpair"));
     unshare_namespaces();
     const pid_t init = fork();
     if (init < 0)
@@ -193,6 +192,7 @@ void enter(const Options &options) {
     }
     close(report[1]);
     pass_signals_to(init);
+    (void)!write(report[0], &init, sizeof init);
     int status = 1 << 8;  // exit status 1, should the world end without a report
     while (read(report[0], &status, sizeof status) < 0 && errno == EINTR) {
     }
@@ -200,6 +200,8 @@ void enter(const Options &options) {
     }
     end_like(status);
 }
+
+int outer_process() { return g_outer_process; }
 
 void add_host(const std::string &name, const std::string &address) {
     write_file("/etc/hosts", read_file_if_any("/etc/hosts") + address + " " + name + "\n");

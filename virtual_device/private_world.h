@@ -41,6 +41,9 @@ struct Options {
 // standard error and ends the program with status 1.
 void enter(const Options &options = {});
 
+// The world's first process as the machine outside numbers it, for nsenter.
+int outer_process();
+
 // Lets `name` resolve to `address`, through the world's /etc/hosts.
 void add_host(const std::string &name, const std::string &address = "127.0.0.1");
 

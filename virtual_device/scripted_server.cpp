@@ -42,14 +42,14 @@ ScriptedServer::Script *ScriptedServer::script_for(const Request &request) {
     return nullptr;
 }
 
-bool ScriptedServer::admit(const std::string &) {
+Admission ScriptedServer::admit(const std::string &) {
     const std::lock_guard<std::mutex> lock(guard_);
     const auto any = scripts_.find("*");
     if (any == scripts_.end() || any->second.replies.empty() ||
         any->second.peek().fault.kind != Fault::Kind::drop_at_accept)
-        return true;
+        return Admission::welcome;
     any->second.advance();
-    return false;
+    return Admission::cut;
 }
 
 Fault ScriptedServer::begin(Request &request) {

@@ -61,7 +61,7 @@ class ScriptedServer : private HttpHandler {
         void advance() { next += next + 1 < replies.size(); }
     };
 
-    bool admit(const std::string &server_name) override;
+    Admission admit(const std::string &server_name) override;
     Fault begin(Request &request) override;
     Reply answer(Request &request) override;
     void broken_off(Request &request) override;

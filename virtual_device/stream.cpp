@@ -50,15 +50,18 @@ int Stream::on_client_hello(SSL *session, int *, void *) {
     size_t size = 0;
     SSL_client_hello_get0_ext(session, TLSEXT_TYPE_server_name, &data, &size);
     self->server_name_ = name_in_extension(data, size);
-    if ((*self->admit_)(self->server_name_))
+    const Admission admission = (*self->admit_)(self->server_name_);
+    if (admission == Admission::welcome_with_certificate)
+        SSL_set_verify(session, SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
+    if (admission != Admission::cut)
         return SSL_CLIENT_HELLO_SUCCESS;
     self->cut();  // before the library can send its alert
     return SSL_CLIENT_HELLO_ERROR;
 }
 
-bool Stream::handshake(const std::function<bool(const std::string &)> &admit) {
+bool Stream::handshake(const std::function<Admission(const std::string &)> &admit) {
     if (!session_)
-        return admit("");
+        return admit("") != Admission::cut;
     admit_ = &admit;
     return SSL_accept(session_.get()) == 1;
 }

@@ -12,6 +12,12 @@
 
 namespace world {
 
+enum class Admission {
+    cut,                       // closed before a byte is answered
+    welcome,                   // as the server's context says
+    welcome_with_certificate,  // the TLS handshake fails unless the client shows one
+};
+
 class Stream {
   public:
     // Makes a context ready for streams; once, before the first.
@@ -23,9 +29,9 @@ class Stream {
     Stream(const Stream &) = delete;
     Stream &operator=(const Stream &) = delete;
 
-    // Does the TLS handshake, if any. `admit` is asked with the host name the client wants; when it
-    // refuses, the connection is cut before a byte is answered.
-    bool handshake(const std::function<bool(const std::string &)> &admit);
+    // Does the TLS handshake, if any. `admit` is asked with the host name the client wants.
+    // False when the connection is of no use any more.
+    bool handshake(const std::function<Admission(const std::string &)> &admit);
 
     // Bytes read; 0 at the end or on an error.
     size_t read(char *into, size_t size);
@@ -45,7 +51,7 @@ class Stream {
     int descriptor_;
     std::unique_ptr<SSL, FreeWith<SSL_free>> session_;
     std::string server_name_;
-    const std::function<bool(const std::string &)> *admit_ = nullptr;
+    const std::function<Admission(const std::string &)> *admit_ = nullptr;
 };
 
 }  // namespace world

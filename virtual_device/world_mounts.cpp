@@ -134,13 +134,16 @@ void make_etc() {
 
 void make_stand_ins() {
     fs::create_directories(kStandInDir);
-    const std::string script = "#!/bin/sh\necho reboot >>" + std::string(kRebootRecord) + "\n";
-    for (const char *name : {"reboot", "halt", "poweroff", "shutdown"}) {
+    const auto place = [](const std::string &name, const std::string &script) {
         const std::string path = std::string(kStandInDir) + "/" + name;
         write_file(path, script);
-        fs::permissions(path, fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec,
-                        fs::perm_options::add);
-    }
+        fs::permissions(path, fs::perms(0755));
+    };
+    const std::string script = "#!/bin/sh\necho reboot >>" + std::string(kRebootRecord) + "\n";
+    for (const char *name : {"reboot", "halt", "poweroff", "shutdown"})
+        place(name, script);
+    place("enter", "#!/bin/sh\ncd " + std::string(kDeviceDir) + "\nPATH=" + kStandInDir +
+                       ":$PATH exec \"$@\"\n");
 }
 
 int remove_entry(const char *path, const struct stat *, int, struct FTW *place) {

@@ -1,0 +1,173 @@
+#include "cloud.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "sha256.h"
+
+namespace world {
+namespace {
+
+using nlohmann::json;
+
+constexpr const char *kKdumpsPath = "/dev/tfaapi/kdumps";
+
+Reply refusal(int status, const std::string &message) {
+    Reply reply = json_reply(json{{"message", message}}.dump());
+    reply.status = status;
+    return reply;
+}
+
+std::string utc_now() {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts = {};
+    gmtime_r(&now, &parts);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text;
+}
+
+// A file name as part of a URL path; long ones are cut.
+std::string in_url(const std::string &name) {
+    constexpr size_t kLongest = 100;
+    std::string text;
+    for (const char c : name.substr(0, kLongest)) {
+        char code[4];
+        std::snprintf(code, sizeof code, "%%%02X", static_cast<unsigned char>(c));
+        const bool plain =
+            std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_' || c == '-';
+        text += plain ? std::string(1, c) : code;
+    }
+    return text;
+}
+
+bool holds(const std::vector<std::string> &names, const std::string &name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+}  // namespace
+
+Cloud::Cloud(ExchangeRecord &record, Scripts scripts, CloudSettings settings)
+    : Service("cloud", record, std::move(scripts)), settings_(std::move(settings)) {
+    std::filesystem::create_directories(kStoreDir);
+}
+
+std::vector<StoredObject> Cloud::stored() {
+    const std::lock_guard<std::mutex> lock(guard_);
+    return stored_;
+}
+
+std::vector<std::string> Cloud::hosts() const {
+    std::vector<std::string> names = settings_.tfa_hosts;
+    names.insert(names.end(), {kStoreHost, kTimeHost});
+    return names;
+}
+
+Admission Cloud::admit(const std::string &server_name) {
+    if (server_name.empty())
+        return Admission::welcome;  // plain HTTP, or a TLS client that names no host
+    const std::string url = "https://" + server_name;
+    if (server_name == kTimeHost)
+        return drops_connection("time", url) ? Admission::cut : Admission::welcome;
+    const std::string endpoint = holds(settings_.tfa_hosts, server_name) ? "tfa" : "store";
+    return drops_connection(endpoint, url) ? Admission::cut : Admission::welcome_with_certificate;
+}
+
+std::string Cloud::endpoint_of(const Request &request) {
+    if (request.path() == kKdumpsPath)
+        return "tfa";
+    if (request.path() == "/time")
+        return "time";
+    return holds(settings_.tfa_hosts, request.server_name) ? "tfa" : "store";
+}
+
+std::string Cloud::origin_of(const Request &request) {
+    return (request.server_name.empty() ? "http://" : "https://") + request.header("Host");
+}
+
+Reply Cloud::own_answer(Request &request, const std::string &endpoint, const std::string &digest) {
+    if (endpoint == "time")
+        return tell_time(request);
+    if (endpoint == "store")
+        return take_upload(request, digest);
+    return hand_out_url(request);
+}
+
+Reply Cloud::tell_time(const Request &request) const {
+    if (request.method != "GET")
+        return refusal(405, "method not allowed");
+    return json_reply(json{{"time", settings_.clock.empty() ? utc_now() : settings_.clock}}.dump());
+}
+
+Reply Cloud::hand_out_url(const Request &request) {
+    if (request.path() != kKdumpsPath)
+        return refusal(404, "no such resource");
+    if (request.method != "POST")
+        return refusal(405, "method not allowed");
+    if (request.client_certificate.empty())
+        return refusal(403, "client certificate required");
+    const json body = json::parse(request.body, nullptr, false);
+    if (request.header("Content-Type") != "application/json" || !body.is_object() ||
+        !body.contains("filename") || !body["filename"].is_string())
+        return refusal(400, "the body must be {\"filename\": \"...\"}");
+    const std::string object =
+        std::filesystem::path(body["filename"].get<std::string>()).filename().string();
+    if (object.empty())
+        return refusal(400, "\"filename\" names no file");
+
+    const std::lock_guard<std::mutex> lock(guard_);
+    const std::string number = std::to_string(urls_.size() + 1);
+    const std::string target = "/up/" + number + "/" + in_url(object) +
+                               "?token=" + Sha256::of("upload " + number).substr(0, 16);
+    urls_[target] = {object, std::chrono::steady_clock::now() + settings_.url_lifetime, false};
+    return json_reply(
+        json{{"message", "OK"}, {"upload_url", "https://" + std::string(kStoreHost) + target}}
+            .dump());
+}
+
+// A body still on its way is kept under its request's number.
+std::string Cloud::place_of(const Request &request) const {
+    return std::string(kStoreDir) + "/.incoming-" + std::to_string(request.number);
+}
+
+std::function<void(std::string_view)> Cloud::keeper(const Request &request,
+                                                    const std::string &endpoint) {
+    if (endpoint != "store" || request.method != "PUT")
+        return {};
+    auto file = std::make_shared<std::ofstream>(place_of(request), std::ios::binary);
+    return [file](std::string_view piece) {
+        file->write(piece.data(), static_cast<std::streamsize>(piece.size()));
+    };
+}
+
+Reply Cloud::take_upload(const Request &request, const std::string &digest) {
+    if (request.method != "PUT")
+        return refusal(405, "method not allowed");
+    const std::lock_guard<std::mutex> lock(guard_);
+    const auto url = urls_.find(request.target);
+    std::string reason;
+    if (url == urls_.end())
+        reason = "unknown upload URL";
+    else if (url->second.used)
+        reason = "this upload URL has been used";
+    else if (std::chrono::steady_clock::now() >= url->second.expires)
+        reason = "this upload URL has expired";
+    std::error_code none;
+    if (!reason.empty()) {
+        std::filesystem::remove(place_of(request), none);
+        return refusal(403, reason);
+    }
+    url->second.used = true;
+    const std::string path = std::string(kStoreDir) + "/" + std::to_string(stored_.size() + 1) +
+                             "-" + in_url(url->second.object);
+    std::filesystem::rename(place_of(request), path, none);
+    stored_.push_back({url->second.object, request.body_size, digest, path});
+    return status_reply(200);
+}
+
+}  // namespace world

@@ -1,0 +1,65 @@
+/* virtual_device shell, serve, scenarios */
+#include "commands.h"
+
+#include <fmt/format.h>
+
+#include <csignal>
+
+#include "command_line.h"
+#include "device_run.h"
+#include "private_world.h"
+#include "story.h"
+
+namespace world {
+
+int open_shell(const CommonOptions &common) {
+    const Scenario scenario = chosen_scenario(common);
+    RunSetup setup;
+    setup.kdump = kdump_command(common);
+    Options options;
+    options.keep = folders_of(setup.kdump);
+    enter(options);
+    Story story(stdout);
+    setup.console_arrived = [&](std::string_view piece) { story.console(piece); };
+    fmt::print("A shell on the virtual device. Try: kdump segmentrace. Leave with exit.\n");
+    DeviceRun device(scenario, setup);
+    const int status = device.shell();
+    story.close(device.outcome(), scenario.note);
+    return status;
+}
+
+int serve_device(const CommonOptions &common) {
+    const Scenario scenario = chosen_scenario(common);
+    RunSetup setup;
+    setup.kdump = kdump_command(common);
+    Options options;
+    options.keep = folders_of(setup.kdump);
+    enter(options);
+    sigset_t ends;
+    sigemptyset(&ends);
+    sigaddset(&ends, SIGINT);
+    sigaddset(&ends, SIGTERM);
+    sigprocmask(SIG_BLOCK, &ends, nullptr);
+    Story story(stdout);
+    setup.console_arrived = [&](std::string_view piece) { story.console(piece); };
+    DeviceRun device(scenario, setup);
+    fmt::print(
+        "The device is up. From another terminal, as the same user:\n"
+        "  nsenter --preserve-credentials -U -m -n -p -i -t {} {}/enter kdump RAM\n"
+        "Ctrl-C ends it.\n",
+        outer_process(), kStandInDir);
+    std::fflush(stdout);
+    int number = 0;
+    sigwait(&ends, &number);
+    fmt::print("\n");
+    story.close(device.outcome(), scenario.note);
+    return 0;
+}
+
+int list_scenarios() {
+    for (const std::string &name : shipped_scenarios())
+        fmt::print("{:<28} {}\n", name, load_scenario(name).about);
+    return 0;
+}
+
+}  // namespace world

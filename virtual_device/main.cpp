@@ -1,0 +1,60 @@
+/* The command line of virtual_device: run, shell, serve, scenarios. */
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+
+#include "commands.h"
+
+namespace {
+
+void add_common(CLI::App *command, world::CommonOptions &options) {
+    command->add_option("--kdump", options.kdump,
+                        "the kdump program, or a command line that ends in it");
+    command->add_option("--scenario", options.scenario,
+                        "a shipped scenario's name, or a JSON file");
+    command->add_flag("--real-time", options.real_time, "sleep for real instead of recording");
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    CLI::App app("A whole device and its cloud in private namespaces: nothing outside is touched.");
+    app.require_subcommand(1);
+    world::CommonOptions common;
+    world::RunOptions run;
+
+    CLI::App *run_command =
+        app.add_subcommand("run", "run a command on the device and tell the story");
+    add_common(run_command, common);
+    run_command->add_option("--json", run.json, "write the whole record to this file");
+    run_command->add_flag("--check", run.check,
+                          "compare with the scenario's expected text, quietly");
+    run_command->add_flag("--bless", run.bless, "write the scenario's expected text anew");
+    run_command->add_option("COMMAND", run.command, "a program of the device and its arguments");
+
+    CLI::App *shell_command = app.add_subcommand("shell", "open a shell on the device");
+    add_common(shell_command, common);
+    CLI::App *serve_command = app.add_subcommand(
+        "serve", "keep the device up until Ctrl-C, showing console and requests");
+    add_common(serve_command, common);
+    CLI::App *list_command = app.add_subcommand("scenarios", "list what is shipped, one line each");
+    CLI11_PARSE(app, argc, argv);
+
+    try {
+        if (list_command->parsed())
+            return world::list_scenarios();
+        if (run_command->parsed())
+            return world::run_on_device(common, run);
+        if (shell_command->parsed())
+            return world::open_shell(common);
+        return world::serve_device(common);
+    } catch (const std::exception &error) {
+        fmt::print(stderr, "virtual_device: {}\n", error.what());
+        return 1;
+    }
+}

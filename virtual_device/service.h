@@ -1,0 +1,83 @@
+/*
+ * What the local service and the cloud have in common: each request is recorded, meets the reply
+ * or the fault that a script has for its endpoint, and otherwise gets the service's own answer.
+ */
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "exchange_record.h"
+#include "http_server.h"
+#include "sha256.h"
+
+namespace world {
+
+// One entry of an endpoint's script. Without a fixed reply the service answers as it always does.
+struct ScriptedReply {
+    std::optional<Reply> fixed;
+    Fault fault;
+};
+
+// Endpoint name -> replies in order, the last one repeated.
+using Scripts = std::map<std::string, std::vector<ScriptedReply>>;
+
+// A fault's name in scenarios and records ("drop-after-headers"); all names, for messages.
+const char *fault_name(Fault::Kind kind);
+const std::vector<Fault::Kind> &all_faults();
+
+class Service : public HttpHandler {
+  public:
+    Service(std::string name, ExchangeRecord &record, Scripts scripts)
+        : name_(std::move(name)), record_(record), scripts_(std::move(scripts)) {}
+
+    Fault begin(Request &request) override;
+    Reply answer(Request &request) override;
+    void broken_off(Request &request) override;
+
+  protected:
+    // The endpoint a request is for, as scripts name it; and the part of the system it belongs to.
+    virtual std::string endpoint_of(const Request &request) = 0;
+    virtual std::string part_of(const std::string &endpoint) { return endpoint; }
+    virtual std::string origin_of(const Request &request) = 0;  // "http://127.0.0.1:8000"
+    // The service's own answer. `digest` is the body's.
+    virtual Reply own_answer(Request &request, const std::string &endpoint,
+                             const std::string &digest) = 0;
+    // Where a long body goes, beside the record: called once per request before its body.
+    virtual std::function<void(std::string_view)> keeper(const Request &request,
+                                                         const std::string &endpoint) {
+        (void)request;
+        (void)endpoint;
+        return {};
+    }
+    // True when the script of `endpoint` wants this connection dropped; takes that entry.
+    bool drops_connection(const std::string &endpoint, const std::string &url);
+
+    const std::string name_;
+    ExchangeRecord &record_;
+
+  private:
+    struct Open {
+        std::string endpoint;
+        ScriptedReply planned;
+        Sha256 digest;
+        std::function<void(std::string_view)> keeper;
+        uint64_t noted = 0;  // body bytes, as last shown in the record
+    };
+
+    std::optional<ScriptedReply> next_of(const std::string &endpoint);
+    std::shared_ptr<Open> take_open(size_t number);
+    void end(const Request &request, const std::string &digest, const Reply *reply,
+             const std::string &mishap);
+
+    std::mutex guard_;
+    Scripts scripts_;
+    std::map<std::string, size_t> used_;
+    std::map<size_t, std::shared_ptr<Open>> open_;
+};
+
+}  // namespace world

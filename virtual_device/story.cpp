@@ -1,0 +1,167 @@
+#include "story.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+#include "expected_text.h"
+
+namespace world {
+namespace {
+
+constexpr const char *kBold = "1";
+constexpr const char *kDim = "2";
+constexpr const char *kRed = "31";
+constexpr const char *kGreen = "32";
+constexpr const char *kYellow = "33";
+constexpr size_t kLongestLine = 160;
+
+std::string cut(const std::string &text) {
+    return text.size() <= kLongestLine ? text : text.substr(0, kLongestLine - 3) + "...";
+}
+
+std::string result_of(const Exchange &exchange) {
+    std::string text = exchange.status ? std::to_string(exchange.status) : "";
+    if (!exchange.mishap.empty())
+        text += (text.empty() ? "" : ", ") + exchange.mishap;
+    return text.empty() ? "not answered" : text;
+}
+
+// A file's name in the list of changes: where it was stored from, if it is a copy.
+const std::string *twin_of(const FileTree &tree, const StoredObject &object) {
+    for (const auto &[path, file] : tree)
+        if (file.sha256 == object.sha256 && file.size == object.size)
+            return &path;
+    return nullptr;
+}
+
+}  // namespace
+
+std::string with_commas(uint64_t number) {
+    std::string text = std::to_string(number);
+    for (size_t at = text.size(); at > 3; at -= 3)
+        text.insert(at - 3, ",");
+    return text;
+}
+
+Story::Story(FILE *to)
+    : to_(to),
+      coloured_(isatty(fileno(to)) && (!std::getenv("NO_COLOR") || !*std::getenv("NO_COLOR"))) {}
+
+std::string Story::paint(const char *code, const std::string &text) const {
+    return coloured_ ? fmt::format("\x1b[{}m{}\x1b[0m", code, text) : text;
+}
+
+void Story::heading(const char *text) { fmt::print(to_, "\n{}\n", paint(kBold, text)); }
+
+void Story::open(const std::string &title, const std::string &about) {
+    fmt::print(to_, "{}", paint(kBold, "On the virtual device: " + legible(title)) + "\n");
+    if (!about.empty())
+        fmt::print(to_, "{}\n", about);
+    heading("The device's console (empty lines left out)");
+    std::fflush(to_);
+}
+
+void Story::console(std::string_view piece) {
+    line_ += piece;
+    for (size_t end = 0; (end = line_.find('\n')) != std::string::npos; line_.erase(0, end + 1)) {
+        const std::string line = cut(legible(line_.substr(0, end)));
+        const bool only_stamp = without_stamps(line).empty();
+        if (!only_stamp)
+            fmt::print(to_, "  {}\n", paint(kDim, line));
+    }
+    std::fflush(to_);
+}
+
+void Story::requests(const Outcome &outcome) {
+    heading("Requests, in order");
+    size_t width = 0;
+    for (const Exchange &exchange : outcome.exchanges)
+        width = std::max(width, cut(legible(exchange.url)).size());
+    for (size_t i = 0; i < outcome.exchanges.size(); ++i) {
+        const Exchange &exchange = outcome.exchanges[i];
+        const bool good = exchange.status == 200 && exchange.mishap.empty();
+        fmt::print(to_, "  {}. {:<5} {:<{}}  {}  {}\n", i + 1, exchange.method,
+                   cut(legible(exchange.url)), width,
+                   paint(good ? kGreen : kYellow, result_of(exchange)),
+                   exchange.body_size ? with_commas(exchange.body_size) + " bytes sent"
+                                      : with_commas(exchange.reply_size) + " bytes received");
+    }
+    if (outcome.exchanges.empty())
+        fmt::print(to_, "  none\n");
+    for (const std::string &target : outcome.proxied)
+        fmt::print(to_, "  through the proxy: CONNECT {}\n", target);
+}
+
+void Story::uploads(const Outcome &outcome) {
+    for (const StoredObject &object : outcome.stored) {
+        const std::string *before = twin_of(outcome.before, object);
+        const std::string *after = before ? before : twin_of(outcome.after, object);
+        heading("The upload");
+        fmt::print(to_, "  the cloud stored {} as {}, SHA-256 {}\n",
+                   with_commas(object.size) + " bytes", legible(object.name), object.sha256);
+        if (after != nullptr)
+            fmt::print(to_, "  {}: {} SHA-256 {}\n", paint(kGreen, "equal"), *after, object.sha256);
+        else
+            fmt::print(to_, "  made on the device for the upload: {} files\n",
+                       tar_members(object.path).size());
+    }
+    if (outcome.stored.empty()) {
+        heading("The upload");
+        fmt::print(to_, "  nothing was stored by the cloud\n");
+    }
+}
+
+void Story::files(const Outcome &outcome) {
+    heading("Files on the device");
+    size_t same = 0;
+    for (const auto &[path, file] : outcome.before) {
+        const auto now = outcome.after.find(path);
+        if (now == outcome.after.end())
+            fmt::print(to_, "  removed {}\n", path);
+        else if (now->second.sha256 != file.sha256)
+            fmt::print(to_, "  changed {}\n", path);
+        else
+            ++same;
+    }
+    for (const auto &[path, file] : outcome.after)
+        if (outcome.before.find(path) == outcome.before.end())
+            fmt::print(to_, "  new     {}, {} bytes\n", legible(path), with_commas(file.size));
+    fmt::print(to_, "  {} others as before\n", same);
+}
+
+void Story::close(const Outcome &outcome, const std::string &note) {
+    if (!line_.empty())
+        console("\n");
+    requests(outcome);
+    uploads(outcome);
+    files(outcome);
+    std::map<unsigned, int> waits;
+    for (const unsigned seconds : outcome.sleeps)
+        ++waits[seconds];
+    for (const auto &[seconds, times] : waits)
+        fmt::print(to_, "\n  waits of {} s, passed over: {}\n", seconds, times);
+    if (outcome.reboots > 0)
+        fmt::print(to_, "\n  reboots asked for: {}\n", outcome.reboots);
+    for (const CommandResult &command : outcome.commands) {
+        if (!command.output.empty())
+            fmt::print(to_, "\n{}", command.output);
+        if (command.signal != 0)
+            fmt::print(to_, "\n  stopped by signal {} ({})\n", command.signal,
+                       strsignal(command.signal));
+        else if (command.exit_status != 0)
+            fmt::print(to_, "\n{}  exit status {}\n", command.errors, command.exit_status);
+    }
+    if (!note.empty())
+        fmt::print(to_, "\n{}\n", note);
+}
+
+void Story::verdict(bool good, const std::string &text) {
+    fmt::print(to_, "\n{}\n", paint(good ? kGreen : kRed, text));
+}
+
+}  // namespace world
