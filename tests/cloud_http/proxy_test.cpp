@@ -1,0 +1,238 @@
+#include "cloud_http/proxy.h"
+
+#include <algorithm>
+#include <array>
+
+#include "cloud_http_fixture.h"
+#include "log/log.h"
+
+namespace {
+
+constexpr const char *kAsked = "\n\nc_cloud_proxy_get 27\n\n\n";
+constexpr const char *kFailed = "\n\nc_cloud_proxy_get 23\n\n\n";
+constexpr const char *kNotChanged = "\n\nc_cloud_proxy_get 57 Proxy Server not change\n\n\n";
+constexpr const char *kSwitchedOff = "\n\nc_cloud_proxy_get 32 proxy_string \"\"\n\n\n";
+constexpr const char *kNoServer =
+    "\n\nc_cloud_proxy_get 41 sizeof(proxy_string) 4 proxy_string \"\"\n\n\n";
+constexpr const char *kNoEnvelope = "\n21 : restful_res not exist\n\n";
+
+std::string changed_to(const std::string &text) {
+    return "\n\nc_cloud_proxy_get 60 Proxy Server change to \"" + text + "\"\n\n\n";
+}
+
+// The caller's 160 bytes with a guard behind them. Behind its text a fresh buffer holds 'x's.
+class Buffer {
+  public:
+    explicit Buffer(const std::string &text = "old.host:1") {
+        bytes_.fill('x');
+        text.copy(bytes_.data(), text.size());
+        bytes_[text.size()] = '\0';
+        std::fill(bytes_.begin() + kSize, bytes_.end(), 'g');
+    }
+    void clear(size_t count) { std::fill_n(bytes_.begin(), count, '\0'); }
+    char *data() { return bytes_.data(); }
+    bool guard_is_whole() const {
+        return std::all_of(bytes_.begin() + kSize, bytes_.end(), [](char c) { return c == 'g'; });
+    }
+    bool operator==(const Buffer &other) const { return bytes_ == other.bytes_; }
+
+  private:
+    static constexpr size_t kSize = 160;
+    std::array<char, kSize + 64> bytes_;
+};
+
+class ProxyTest : public CloudHttpTest {
+  protected:
+    void publish_reply(const std::string &reply) {
+        local_service->on("GET /api/system/cloud_proxy", {world::status_reply(200, reply)});
+    }
+
+    Buffer buffer;
+};
+
+TEST_F(ProxyTest, HasRoomFor160Bytes) { EXPECT_EQ(sizeof g_proxy_server, 160u); }
+
+TEST_F(ProxyTest, AsksTheLocalServiceOncePerCall) {
+    c_cloud_proxy_get(buffer.data());
+    c_cloud_proxy_get(buffer.data());
+    const auto requests = local_service->requests();
+    ASSERT_EQ(requests.size(), 2u);
+    EXPECT_EQ(requests[0].method, "GET");
+    EXPECT_EQ(requests[0].target, "/api/system/cloud_proxy");
+    EXPECT_EQ(requests[0].header("Host"), "127.0.0.1:8000");
+}
+
+struct Text {
+    const char *name;
+    const char *members;
+    const char *text;
+};
+
+class ProxyText : public ProxyTest, public testing::WithParamInterface<Text> {};
+
+TEST_P(ProxyText, IsBuiltOnceAndThenKnown) {
+    publish_proxy(GetParam().members);
+    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), 0);
+    EXPECT_STREQ(buffer.data(), GetParam().text);
+    EXPECT_EQ(console.text_without_stamps(), kAsked + changed_to(GetParam().text));
+    console.clear();
+    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), 0);
+    EXPECT_STREQ(buffer.data(), GetParam().text);
+    EXPECT_EQ(console.text_without_stamps(), std::string(kAsked) + kNotChanged);
+    EXPECT_TRUE(buffer.guard_is_whole());
+}
+
+#define SERVER R"("enable":true,"proxyServer":"10.1.1.1")"
+INSTANTIATE_TEST_SUITE_P(
+    From, ProxyText,
+    testing::Values(
+        Text{"ServerAndPort", SERVER R"(,"proxyServerPort":3128)", "10.1.1.1:3128"},
+        Text{"PortZero", SERVER R"(,"proxyServerPort":0)", "10.1.1.1:80"},
+        Text{"PortMissing", SERVER, "10.1.1.1:80"},
+        Text{"PortAsText", SERVER R"(,"proxyServerPort":"3128")", "10.1.1.1:80"},
+        Text{"PortTrue", SERVER R"(,"proxyServerPort":true)", "10.1.1.1:80"},
+        Text{"PortNull", SERVER R"(,"proxyServerPort":null)", "10.1.1.1:80"},
+        Text{"PortWithFraction", SERVER R"(,"proxyServerPort":3128.9)", "10.1.1.1:3128"},
+        Text{"PortBelowOne", SERVER R"(,"proxyServerPort":0.5)", "10.1.1.1:80"},
+        Text{"PortNegative", SERVER R"(,"proxyServerPort":-1)", "10.1.1.1:4294967295"},
+        Text{"PortAbove65535", SERVER R"(,"proxyServerPort":70000)", "10.1.1.1:70000"},
+        Text{"ServerMissing", R"("enable":true)", ":80"},
+        Text{"ServerMissingWithPort", R"("enable":true,"proxyServerPort":8080)", ":8080"},
+        Text{"ServerAsNumber", R"("enable":true,"proxyServer":5,"proxyServerPort":81)", ":81"},
+        Text{"ServerNull", R"("enable":true,"proxyServer":null)", ":80"},
+        Text{"ServerNoneInCapitals", R"("enable":true,"proxyServer":"None")", "None:80"},
+        Text{"ServerBeginningWithNone", R"("enable":true,"proxyServer":"none1")", "none1:80"},
+        Text{"ServerWithPercent", R"("enable":true,"proxyServer":"%s%n")", "%s%n:80"},
+        Text{"KeysInOtherCase", R"("ENABLE":true,"PROXYSERVER":"h","PROXYSERVERPORT":9)", "h:9"}),
+    row_name<Text>);
+
+struct Refusal {
+    const char *name;
+    const char *members;
+    size_t cleared;  // bytes from the start of the buffer; the others stay
+    const char *log;
+};
+
+class ProxyRefusal : public ProxyTest, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(ProxyRefusal, ClearsAsMuchAsItsCase) {
+    publish_proxy(GetParam().members);
+    Buffer expected;
+    expected.clear(GetParam().cleared);
+    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1);
+    EXPECT_TRUE(buffer == expected);
+    EXPECT_EQ(console.text_without_stamps(), std::string(kAsked) + GetParam().log);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    When, ProxyRefusal,
+    testing::Values(
+        Refusal{"SwitchedOff", R"("enable":false,"proxyServer":"h")", 160, kSwitchedOff},
+        Refusal{"ServerNone", R"("enable":true,"proxyServer":"none")", 4, kNoServer},
+        Refusal{"ServerNoneWithPort",
+                R"("enable":true,"proxyServer":"none","proxyServerPort":3128)", 4, kNoServer},
+        Refusal{"ServerEmpty", R"("enable":true,"proxyServer":"")", 4, kNoServer},
+        Refusal{"EnableAsText", R"("enable":"true","proxyServer":"h")", 0, ""},
+        Refusal{"EnableAsNumber", R"("enable":1,"proxyServer":"h")", 0, ""},
+        Refusal{"EnableNull", R"("enable":null,"proxyServer":"h")", 0, ""},
+        Refusal{"EnableMissing", R"("proxyServer":"h")", 0, ""}),
+    row_name<Refusal>);
+
+struct Unreadable {
+    const char *name;
+    std::string reply;
+    const char *log;
+};
+
+class ProxyUnreadable : public ProxyTest, public testing::WithParamInterface<Unreadable> {};
+
+TEST_P(ProxyUnreadable, LeavesTheBufferAlone) {
+    publish_reply(GetParam().reply);
+    const Buffer before;
+    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1);
+    EXPECT_TRUE(buffer == before);
+    EXPECT_EQ(console.text_without_stamps(), std::string(GetParam().log) + kFailed);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    When, ProxyUnreadable,
+    testing::Values(
+        Unreadable{"Empty", "", ""}, Unreadable{"NotJson", "<html>", ""},
+        Unreadable{"CutShort", R"({"restful_res":{"CloudProxySettings":)", ""},
+        Unreadable{"DeeplyNested", std::string(100000, '['), ""},
+        Unreadable{"NoEnvelope", R"({"CloudProxySettings":{"enable":true}})", kNoEnvelope},
+        Unreadable{"EnvelopeInAnArray", R"([{"restful_res":{}}])", kNoEnvelope},
+        Unreadable{"JustANumber", "1", kNoEnvelope}, Unreadable{"JustNull", "null", kNoEnvelope},
+        Unreadable{"EnvelopeAsText", R"({"restful_res":"CloudProxySettings"})", ""},
+        Unreadable{"EnvelopeAsArray", R"({"restful_res":[{"CloudProxySettings":{}}]})", ""},
+        Unreadable{"NoSettings", R"({"restful_res":{"Other":{"enable":true}}})", ""}),
+    row_name<Unreadable>);
+
+TEST_F(ProxyTest, SettingsOfAnotherKindHoldNoEnable) {
+    for (const char *settings : {"null", "[]", "5", "\"enable\"", "[true]"}) {
+        publish_reply(R"({"restful_res":{"CloudProxySettings":)" + std::string(settings) + "}}");
+        console.clear();
+        const Buffer before;
+        EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1) << settings;
+        EXPECT_TRUE(buffer == before) << settings;
+        EXPECT_EQ(console.text_without_stamps(), kAsked) << settings;
+    }
+}
+
+TEST_F(ProxyTest, UnreachableServiceLeavesTheBufferAlone) {
+    stop_local_service();
+    const Buffer before;
+    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1);
+    EXPECT_TRUE(buffer == before);
+    EXPECT_EQ(console.text_without_stamps(),
+              std::string("\ncurl_http 1318 : method GET fail error 7\n\n") + kFailed);
+}
+
+TEST_F(ProxyTest, ReadsTheBodyOfAnErrorStatusToo) {
+    local_service->on("*", {world::status_reply(500)});
+    local_service->on(
+        "GET /api/system/cloud_proxy",
+        {world::status_reply(500, R"({"restful_res":{"CloudProxySettings":{)" SERVER "}}}")});
+    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), 0);
+    EXPECT_STREQ(buffer.data(), "10.1.1.1:80");
+}
+
+TEST_F(ProxyTest, ForgetsAndFindsTheServerAgain) {
+    for (const char *members : {R"("enable":false)", R"("enable":true,"proxyServer":"none")"}) {
+        publish_proxy(SERVER);
+        c_cloud_proxy_get(buffer.data());
+        publish_proxy(members);
+        EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1);
+        EXPECT_STREQ(buffer.data(), "");
+        publish_proxy(SERVER);
+        console.clear();
+        EXPECT_EQ(c_cloud_proxy_get(buffer.data()), 0);
+        EXPECT_EQ(console.text_without_stamps(), kAsked + changed_to("10.1.1.1:80"));
+    }
+}
+
+TEST_F(ProxyTest, CutsWhatIsLongerThanTheBuffer) {
+    for (const size_t length : {151u, 155u, 156u, 157u, 158u, 159u, 160u, 161u, 5000u}) {
+        const std::string server(length, 's');
+        const std::string cut = (server + ":3128").substr(0, 159);
+        publish_proxy(R"("enable":true,"proxyServerPort":3128,"proxyServer":")" + server + "\"");
+        Buffer fresh;
+        console.clear();
+        EXPECT_EQ(c_cloud_proxy_get(fresh.data()), 0);
+        EXPECT_EQ(fresh.data(), cut) << length;
+        EXPECT_TRUE(fresh.guard_is_whole()) << length;
+        EXPECT_EQ(c_cloud_proxy_get(fresh.data()), 0);
+        EXPECT_EQ(console.text_without_stamps(), kAsked + changed_to(cut) + kAsked + kNotChanged)
+            << length;
+    }
+}
+
+TEST_F(ProxyTest, WorksWithLoggingOff) {
+    g_console_debug = 0;
+    publish_proxy(SERVER);
+    EXPECT_EQ(c_cloud_proxy_get(g_proxy_server), 0);
+    EXPECT_STREQ(g_proxy_server, "10.1.1.1:80");
+    EXPECT_EQ(console.text(), "");
+}
+
+}  // namespace
