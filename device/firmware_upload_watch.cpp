@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <csignal>
 #include <cstdio>
@@ -51,10 +52,9 @@ int protocol_port(const char *marker_line) noexcept {
     return kUnknownPort;
 }
 
-// Text without digits gives 0; an id beyond int gives the largest, which no process has.
+// Text without digits gives 0; an id beyond int gives the nearest, which no process has.
 int process_id(const char *text) noexcept {
-    const long id = std::strtol(text, nullptr, 10);
-    return id > INT_MAX ? INT_MAX : id < 0 ? -1 : static_cast<int>(id);
+    return static_cast<int>(std::clamp<long>(std::strtol(text, nullptr, 10), INT_MIN, INT_MAX));
 }
 
 void remove_upload_files() noexcept {
