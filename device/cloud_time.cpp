@@ -25,8 +25,8 @@ void set_options(CURL *handle, bool over_tls, char *error_text) noexcept {
         set_long(handle, CURLOPT_USE_SSL, CURLUSESSL_ALL);
         set_long(handle, CURLOPT_SSL_VERIFYPEER, 1);
         set_text(handle, CURLOPT_CAPATH, "/etc/ssl/certs/");
+        set_no_session_cache(handle);
     }
-    set_no_session_cache(handle);
 }
 
 // False when no 200 reply arrived, which is logged.
