@@ -1,0 +1,123 @@
+#include "json_parser/numbers.h"
+
+#include <cfloat>
+#include <climits>
+#include <clocale>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "json_parser/nodes.h"
+
+namespace {
+
+bool is_digit(char byte) noexcept { return byte >= '0' && byte <= '9'; }
+
+const char *skip_digits(const char *at) noexcept {
+    while (is_digit(*at)) {
+        ++at;
+    }
+    return at;
+}
+
+// From an opening quote to behind the closing one, or to the terminator.
+const char *skip_string(const char *at) noexcept {
+    for (++at; *at != '\0' && *at != '"'; ++at) {
+        if (*at == '\\' && at[1] != '\0') {
+            ++at;
+        }
+    }
+    return *at == '"' ? at + 1 : at;
+}
+
+// One leading zero may stand before the digits, which begin with another digit than zero.
+const char *uint64_end(const char *begin) noexcept {
+    const char *const digits = *begin == '0' ? begin + 1 : begin;
+    return *digits == '0' ? digits : skip_digits(digits);
+}
+
+const char *double_end(const char *begin) noexcept {
+    const char *const digits = *begin == '-' ? begin + 1 : begin;
+    const char *end = skip_digits(digits);
+    if (end == digits) {
+        return begin;
+    }
+    if (*end == '.' && is_digit(end[1])) {
+        end = skip_digits(end + 1);
+    }
+    if (*end == 'e' || *end == 'E') {
+        const char *const exponent = end[1] == '+' || end[1] == '-' ? end + 2 : end + 1;
+        end = is_digit(*exponent) ? skip_digits(exponent) : end;
+    }
+    return end;
+}
+
+int print_double(const JsonNode &node, char *text) noexcept {
+    const double value = node.valuedouble;
+    const double size = std::fabs(value);
+    if (std::fabs(node.valueint - value) <= DBL_EPSILON && value >= INT_MIN && value <= INT_MAX) {
+        return std::snprintf(text, kNumberSpace, "%d", node.valueint);
+    }
+    if (std::fabs(std::floor(value) - value) <= DBL_EPSILON && size < 1e60) {
+        return std::snprintf(text, kNumberSpace, "%.0f", value);
+    }
+    const bool plain = size >= 1e-6 && size <= 1e9;
+    const int length = std::snprintf(text, kNumberSpace, plain ? "%.1f" : "%e", value);
+    char &point = text[std::strspn(text, "+-0123456789einfa")];
+    point = point == '\0' ? '\0' : '.';  // in place of the locale's
+    return length;
+}
+
+}  // namespace
+
+const char *find_number(const char *at) noexcept {
+    while (*at != '\0' && *at != '-' && !is_digit(*at)) {
+        at = *at == '"' ? skip_string(at) : at + 1;
+    }
+    return at;
+}
+
+const char *number_end(const char *begin, NumberMode mode) noexcept {
+    return mode == NumberMode::kDouble ? double_end(begin) : uint64_end(begin);
+}
+
+void read_number(JsonNode &node, const char *begin, NumberMode mode, char *scratch) noexcept {
+    const char *const end = number_end(begin, mode);
+    if (mode == NumberMode::kUint64) {
+        node.type = JSON_KIND_UINT64;
+        for (const char *at = begin; at != end; ++at) {
+            node.valueulonglong = node.valueulonglong * 10 + static_cast<uint64_t>(*at - '0');
+        }
+        return;
+    }
+    const std::size_t length = static_cast<std::size_t>(end - begin);
+    std::memcpy(scratch, begin, length);
+    scratch[length] = '\0';
+    if (char *const point = std::strchr(scratch, '.')) {
+        *point = *std::localeconv()->decimal_point;  // the one strtod expects
+    }
+    set_number(node, std::strtod(scratch, nullptr));
+}
+
+bool is_number_kind(int kind) noexcept {
+    return kind == JSON_KIND_NUMBER || kind == JSON_KIND_UINT32 || kind == JSON_KIND_UINT64;
+}
+
+std::size_t print_number(const JsonNode &node, char *text) noexcept {
+    int length = 0;
+    switch (kind_of(node)) {
+        case JSON_KIND_UINT32:
+            length =
+                std::snprintf(text, kNumberSpace, "%lu",
+                              static_cast<unsigned long>(static_cast<uint32_t>(node.valueint)));
+            break;
+        case JSON_KIND_UINT64:
+            length = std::snprintf(text, kNumberSpace, "%llu",
+                                   static_cast<unsigned long long>(node.valueulonglong));
+            break;
+        default:
+            length = print_double(node, text);
+    }
+    return static_cast<std::size_t>(length);
+}

@@ -1,0 +1,168 @@
+// cJSON judges the structure of a text in which every number is a plain 0. The numbers themselves
+// are read here, by the rule of the mode: cJSON knows no exact 64-bit integers, takes "1." and
+// "-.5" for numbers, and in some builds cuts a number after 63 bytes.
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+#include "json_parser/nodes.h"
+#include "json_parser/numbers.h"
+
+namespace {
+
+constexpr char kSpoilt = '?';  // begins nothing in JSON, so cJSON stops there
+
+constexpr int32_t kKinds[] = {JSON_KIND_FALSE,  JSON_KIND_TRUE,  JSON_KIND_NULL,  JSON_KIND_NUMBER,
+                              JSON_KIND_STRING, JSON_KIND_ARRAY, JSON_KIND_OBJECT};
+
+struct DeleteCJson {
+    void operator()(cJSON *item) const noexcept { cJSON_Delete(item); }
+};
+
+bool continues_number(char byte) noexcept {
+    return byte != '\0' && std::strchr("+-.eE0123456789", byte) != nullptr;
+}
+
+bool is_blank(char byte) noexcept { return byte >= 1 && byte <= ' '; }
+
+const char *skip_blanks(const char *at) noexcept {
+    while (is_blank(*at)) {
+        ++at;
+    }
+    return at;
+}
+
+// Writes a 0 over every number of the copy, padded with blanks. cJSON must stop where the mode
+// does: a byte behind a number that it would read as more of it is spoilt, and so is a "-" that the
+// mode does not read (alone at the top, a "-" counts as 0 in the uint64 mode).
+void hide_numbers(const char *text, char *copy, NumberMode mode) noexcept {
+    const char *const top = skip_blanks(text);
+    for (const char *at = find_number(text); *at != '\0'; at = find_number(at)) {
+        const char *const end = number_end(at, mode);
+        const bool is_number = end != at || (mode == NumberMode::kUint64 && at == top);
+        copy[at - text] = is_number ? '0' : kSpoilt;
+        for (++at; at < end; ++at) {
+            copy[at - text] = ' ';
+        }
+        if (continues_number(*at)) {
+            copy[at++ - text] = kSpoilt;
+        }
+    }
+}
+
+// A copy for cJSON; spoilt at once when the text begins with a byte-order mark, which cJSON would
+// skip.
+CJsonText copy_for_cjson(const char *text, NumberMode mode) noexcept {
+    CJsonText copy = copy_of(text);
+    if (copy) {
+        hide_numbers(text, copy.get(), mode);
+        if (std::strncmp(text, "\xEF\xBB\xBF", 3) == 0) {
+            copy[0] = kSpoilt;
+        }
+    }
+    return copy;
+}
+
+// Turns cJSON's tree into a document, taking over its texts and reading the numbers of the text in
+// turn.
+class Converter {
+  public:
+    Converter(const char *text, NumberMode mode, char *scratch) noexcept
+        : cursor_(text), mode_(mode), scratch_(scratch) {}
+
+    // Converts items and all that follow them and frees them on the way, so that each new node
+    // takes the memory of an item; without memory, what is left stays in items.
+    OwnedJson convert(cJSON *&items) noexcept {
+        JsonNode parent{};
+        ChildAppender nodes(parent);
+        while (items) {
+            JsonNode *const node = new_node(0).release();
+            if (!node) {
+                break;
+            }
+            nodes.append(node);
+            fill(*node, *items);
+            if (items->child) {
+                break;
+            }
+            cJSON_free(std::exchange(items, items->next));
+        }
+        return OwnedJson(parent.child);
+    }
+
+  private:
+    void fill(JsonNode &node, cJSON &item) noexcept {
+        node.type = kKinds[__builtin_ctz(static_cast<unsigned>(item.type))];
+        node.string = std::exchange(item.string, nullptr);
+        node.valuestring = std::exchange(item.valuestring, nullptr);
+        if (node.type == JSON_KIND_NUMBER) {
+            const char *const begin = find_number(cursor_);
+            read_number(node, begin, mode_, scratch_);
+            cursor_ = number_end(begin, mode_);
+        } else {
+            node.valueint = item.valueint;
+            node.child = convert(item.child).release();
+        }
+    }
+
+    const char *cursor_;
+    NumberMode mode_;
+    char *scratch_;
+};
+
+JsonNode *fail_at(const char *position) noexcept {
+    cJSON_ParseWithLength(position, 0);  // fails there, and so puts cJSON's error position there
+    return nullptr;
+}
+
+using CJsonTree = std::unique_ptr<cJSON, DeleteCJson>;
+
+// Whether "{" and "}" with nothing between them end there, where a key could have stood as well.
+bool ends_empty_object(const char *text, std::ptrdiff_t end) noexcept {
+    if (text[--end] != '}') {
+        return false;
+    }
+    do {
+        --end;
+    } while (end > 0 && is_blank(text[end]));
+    return end >= 0 && text[end] == '{';
+}
+
+// Where the parse of the copy failed. cJSON points behind a byte that stands where a key should
+// begin; that is so when the place stays the same with that byte spoilt and the rest cut off.
+std::ptrdiff_t offending_byte(char *copy) noexcept {
+    const std::ptrdiff_t at = cJSON_GetErrorPtr() - copy;
+    if (at == 0 || is_blank(copy[at - 1]) || copy[at - 1] == '"' || ends_empty_object(copy, at)) {
+        return at;
+    }
+    copy[at - 1] = kSpoilt;
+    copy[at] = '\0';
+    const CJsonTree none(cJSON_Parse(copy));
+    return cJSON_GetErrorPtr() == copy + at ? at - 1 : at;
+}
+
+JsonNode *parse(const char *text, NumberMode mode) noexcept {
+    const CJsonText copy = text ? copy_for_cjson(text, mode) : nullptr;
+    if (!copy) {
+        return text ? fail_at(text) : nullptr;
+    }
+    CJsonTree tree(cJSON_Parse(copy.get()));
+    if (!tree) {
+        return fail_at(text + offending_byte(copy.get()));
+    }
+    cJSON *items = tree.release();
+    OwnedJson document = Converter(text, mode, copy.get()).convert(items);
+    if (items) {
+        cJSON_Delete(items);
+        return fail_at(text);
+    }
+    return document.release();
+}
+
+}  // namespace
+
+JsonNode *parseJsonText(const char *text) noexcept { return parse(text, NumberMode::kDouble); }
+
+JsonNode *parseJsonTextLongLongUint(const char *text) noexcept {
+    return parse(text, NumberMode::kUint64);
+}

@@ -1,0 +1,144 @@
+// Random documents and random near-documents, judged by a plain recursive parser that shares
+// nothing with the layer, and printed and parsed again.
+#include <random>
+#include <vector>
+
+#include "json_test.h"
+#include "plain_parser.h"
+
+namespace {
+
+class RandomText {
+  public:
+    explicit RandomText(unsigned seed) : random_(seed) {}
+
+    std::size_t below(std::size_t limit) { return random_() % limit; }
+
+    std::string document(int depth) {
+        const std::size_t kind = below(depth > 0 ? 8 : 6);
+        if (kind < 6) {
+            return pick(kScalars);
+        }
+        std::string text = blank() + (kind == 6 ? "[" : "{");
+        for (std::size_t i = below(5); i > 0; --i) {
+            text += blank() + (kind == 6 ? "" : pick(kStrings) + blank() + ":") + blank();
+            text += document(depth - 1) + blank() + (i > 1 ? "," : "");
+        }
+        return text + (kind == 6 ? "]" : "}");
+    }
+
+    std::string soup() {
+        std::string text;
+        for (std::size_t i = below(12) + 1; i > 0; --i) {
+            text += pick(kPieces);
+        }
+        return text;
+    }
+
+    // A document with a few pieces put in, bytes taken out or the end cut off.
+    std::string damaged() {
+        std::string text = document(4);
+        for (std::size_t i = below(3) + 1; i > 0; --i) {
+            const std::size_t place = below(text.size() + 1);
+            const std::size_t how = below(3);
+            if (how == 0) {
+                text.insert(place, pick(kPieces));
+            } else {
+                text.erase(place, how == 1 ? 1 : below(20) == 0 ? std::string::npos : 2);
+            }
+        }
+        return text;
+    }
+
+  private:
+    using Pieces = std::vector<const char *>;
+
+    std::string pick(const Pieces &pieces) { return pieces[below(pieces.size())]; }
+    std::string blank() { return below(4) == 0 ? pick({" ", "\n\t", "\r \x01"}) : ""; }
+
+    static inline const Pieces kStrings = {R"("a")",  R"("")",     R"("-1.5")",    R"("\"]")",
+                                           R"("\\")", R"("k\n7")", "\"\xc3\xa9\"", R"("/\/{[")"};
+    static inline const Pieces kScalars = {"0",
+                                           "1",
+                                           "-5",
+                                           "007",
+                                           "1.5",
+                                           "12.25e3",
+                                           "1e-2",
+                                           "18446744073709551615",
+                                           "99",
+                                           "-0",
+                                           "123456",
+                                           "05",
+                                           "true",
+                                           "false",
+                                           "null",
+                                           R"("x")",
+                                           R"("\"5,")",
+                                           R"("")",
+                                           "7E+1",
+                                           "4294967295",
+                                           "18446744073709551617"};
+    static inline const Pieces kPieces = {
+        "{",       "}",   "[",      "]",   ",",   ":",   "\"a\"", "\"\\n\"", "\"\\q\"",
+        "1",       "0",   "-",      "-5",  "1.5", "007", "1e5",   "1.",      "e",
+        ".",       "+",   "true",   "nul", " ",   "\t",  "\x7f",  "\"",      "\\",
+        "{\"k\":", "[1,", "\"b\":", "]}",  "x",   "E3",  "\xEF",  "-.5",     "00"};
+
+    std::mt19937 random_;
+};
+
+void judge(const std::string &text) {
+    for (const bool uint64 : {false, true}) {
+        PlainParser plain_parser(text, uint64);
+        const std::string expected = plain_parser.parse();
+        const OwnedJson document = uint64 ? parsed_uint64(text) : parsed(text);
+        ASSERT_EQ(document ? dump(document.get()) : "", expected) << text;
+        if (!document) {
+            const char *owned = text.c_str();
+            ASSERT_EQ(uint64 ? parseJsonTextLongLongUint(owned) : parseJsonText(owned), nullptr);
+            ASSERT_EQ(cJSON_GetErrorPtr() - owned, plain_parser.at())
+                << text << (uint64 ? " (uint64)" : "");
+        }
+    }
+}
+
+TEST(Random, DocumentsParseAsAPlainParserReadsThem) {
+    RandomText random(1);
+    for (int i = 0; i < 30000 && !HasFatalFailure(); ++i) {
+        judge(random.document(5));
+    }
+}
+
+TEST(Random, DamagedDocumentsFailWhereAPlainParserFails) {
+    RandomText random(2);
+    for (int i = 0; i < 60000 && !HasFatalFailure(); ++i) {
+        judge(random.damaged());
+    }
+}
+
+TEST(Random, SoupFailsWhereAPlainParserFails) {
+    RandomText random(3);
+    for (int i = 0; i < 100000 && !HasFatalFailure(); ++i) {
+        judge(random.soup());
+    }
+}
+
+TEST(Random, PrintedDocumentsParseToTheSamePrint) {
+    RandomText random(4);
+    for (int i = 0; i < 20000; ++i) {
+        const std::string text = random.document(5);
+        for (const OwnedJson &document : {parsed(text), parsed_uint64(text)}) {
+            if (!document) {
+                continue;
+            }
+            const std::string printed = plain(document);
+            // Numbers may lose digits the first time they are printed, and none after that.
+            const std::string again = plain(parsed(printed));
+            ASSERT_EQ(plain(parsed(formatted(parsed(again)))), again) << text;
+            ASSERT_EQ(plain(parsed(formatted(document))), again) << text;
+        }
+    }
+}
+
+}  // namespace
