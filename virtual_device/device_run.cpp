@@ -131,6 +131,8 @@ void DeviceRun::run(const std::string &line) {
     }
     CommandResult result;
     result.line = line;
+    result.console = console_.text();
+    console_.clear();
     result.exit_status = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
     result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     result.output = setup_.output_passes ? "" : read_file_if_any(kOutputFile);
@@ -151,7 +153,6 @@ int DeviceRun::shell() {
 }
 
 Outcome DeviceRun::outcome() {
-    outcome_.console = console_.text();
     outcome_.exchanges = record_.all();
     if (scenario_.peers.count("nginx"))
         for (Exchange &exchange : nginx_exchanges()) {

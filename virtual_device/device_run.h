@@ -23,6 +23,7 @@ struct CommandResult {
     std::string line;
     int exit_status = 0;  // of the shell; meaningless when a signal ended it
     int signal = 0;       // that ended it, else 0
+    std::string console;  // what reached /dev/console meanwhile
     std::string output;   // standard output
     std::string errors;   // standard error
     long peak_kb = 0;     // largest resident set of any process of it
@@ -31,7 +32,6 @@ struct CommandResult {
 // All there is to know about a run.
 struct Outcome {
     std::vector<CommandResult> commands;
-    std::string console;
     std::vector<Exchange> exchanges;
     std::vector<std::string> proxied;  // CONNECT targets the proxy was asked for
     std::vector<StoredObject> stored;

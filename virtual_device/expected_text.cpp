@@ -96,7 +96,7 @@ std::string legible(const std::string &text) {
         size_t end = text.find_first_not_of(text[at], at);
         end = end == std::string::npos ? text.size() : end;
         const unsigned char c = static_cast<unsigned char>(text[at]);
-        const std::string shown = std::isprint(c) || c == '\n' || c >= 0x80
+        const std::string shown = std::isprint(c) || c == '\n' || c == '\t' || c >= 0x80
                                       ? std::string(1, text[at])
                                       : fmt::format("\\x{:02x}", c);
         if (end - at > kLongestRun)
@@ -129,8 +129,8 @@ std::string expected_text(const Outcome &outcome) {
         text += command.signal ? fmt::format("signal {}\n", command.signal)
                                : fmt::format("exit {}\n", command.exit_status);
         add_section(text, "output", legible(command.output));
+        add_section(text, "console", legible(without_stamps(command.console)));
     }
-    add_section(text, "console", legible(without_stamps(outcome.console)));
     std::string requests;
     for (size_t i = 0; i < outcome.exchanges.size(); ++i)
         requests += describe_exchange(i + 1, outcome.exchanges[i], outcome.before);

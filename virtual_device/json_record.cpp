@@ -36,7 +36,6 @@ json of_exchange(const Exchange &exchange) {
 
 json json_record(const Scenario &scenario, const Outcome &outcome) {
     json record = {{"scenario", scenario.name},
-                   {"console", outcome.console},
                    {"proxied", outcome.proxied},
                    {"sleeps", outcome.sleeps},
                    {"reboots", outcome.reboots},
@@ -47,6 +46,7 @@ json json_record(const Scenario &scenario, const Outcome &outcome) {
         record["commands"].push_back({{"line", command.line},
                                       {"exit_status", command.exit_status},
                                       {"signal", command.signal},
+                                      {"console", command.console},
                                       {"output", command.output},
                                       {"errors", command.errors},
                                       {"peak_kb", command.peak_kb}});

@@ -92,7 +92,8 @@ http {
 }  // namespace
 
 Peer::Peer(const std::vector<std::string> &command, const std::string &address, int port) {
-    const std::string output = kFolder + command.front() + ".output";
+    const std::string output =
+        kFolder + std::filesystem::path(command.front()).filename().string() + ".output";
     write_file(output, "");
     process_ = fork();
     if (process_ == 0)
@@ -141,9 +142,13 @@ Peer start_nginx(const Identity &server, const CertificateAuthority &clients) {
     write_file(kFolder + "nginx.crt", server.certificate_pem());
     write_file(kFolder + "nginx.key", server.key_pem());
     write_file(kFolder + "clients.crt", clients.identity().certificate_pem());
-    return {{"nginx", "-e", kFolder + "nginx.error.log", "-c", kFolder + "nginx.conf"},
-            kNginxAddress,
-            443};
+    // Unpacked by script/bootstrap, or the machine's own.
+    const std::string unpacked = WORLD_SOURCE_DIR "/.deps/nginx/usr/sbin/nginx";
+    const std::string program = exists(unpacked) ? unpacked : "nginx";
+    return {
+        {program, "-p", kFolder, "-e", kFolder + "nginx.error.log", "-c", kFolder + "nginx.conf"},
+        kNginxAddress,
+        443};
 }
 
 std::vector<std::string> proxied_targets() {

@@ -1,6 +1,7 @@
 #include "story.h"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,10 +19,21 @@ constexpr const char *kDim = "2";
 constexpr const char *kRed = "31";
 constexpr const char *kGreen = "32";
 constexpr const char *kYellow = "33";
-constexpr size_t kLongestLine = 160;
 
+// What fits on a line of the terminal.
 std::string cut(const std::string &text) {
-    return text.size() <= kLongestLine ? text : text.substr(0, kLongestLine - 3) + "...";
+    static const size_t width = [] {
+        struct winsize size = {};
+        const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col >= 60;
+        return static_cast<size_t>(known ? size.ws_col : 120) - 4;
+    }();
+    return text.size() <= width ? text : text.substr(0, width - 3) + "...";
+}
+
+std::string short_url(const Exchange &exchange) {
+    constexpr size_t kLongest = 84;
+    const std::string url = legible(exchange.url);
+    return url.size() <= kLongest ? url : url.substr(0, kLongest - 3) + "...";
 }
 
 std::string result_of(const Exchange &exchange) {
@@ -81,13 +93,12 @@ void Story::requests(const Outcome &outcome) {
     heading("Requests, in order");
     size_t width = 0;
     for (const Exchange &exchange : outcome.exchanges)
-        width = std::max(width, cut(legible(exchange.url)).size());
+        width = std::max(width, short_url(exchange).size());
     for (size_t i = 0; i < outcome.exchanges.size(); ++i) {
         const Exchange &exchange = outcome.exchanges[i];
         const bool good = exchange.status == 200 && exchange.mishap.empty();
-        fmt::print(to_, "  {}. {:<5} {:<{}}  {}  {}\n", i + 1, exchange.method,
-                   cut(legible(exchange.url)), width,
-                   paint(good ? kGreen : kYellow, result_of(exchange)),
+        fmt::print(to_, "  {}. {:<5} {:<{}}  {}  {}\n", i + 1, exchange.method, short_url(exchange),
+                   width, paint(good ? kGreen : kYellow, result_of(exchange)),
                    exchange.body_size ? with_commas(exchange.body_size) + " bytes sent"
                                       : with_commas(exchange.reply_size) + " bytes received");
     }
@@ -98,21 +109,22 @@ void Story::requests(const Outcome &outcome) {
 }
 
 void Story::uploads(const Outcome &outcome) {
-    for (const StoredObject &object : outcome.stored) {
-        const std::string *before = twin_of(outcome.before, object);
-        const std::string *after = before ? before : twin_of(outcome.after, object);
-        heading("The upload");
-        fmt::print(to_, "  the cloud stored {} as {}, SHA-256 {}\n",
-                   with_commas(object.size) + " bytes", legible(object.name), object.sha256);
-        if (after != nullptr)
-            fmt::print(to_, "  {}: {} SHA-256 {}\n", paint(kGreen, "equal"), *after, object.sha256);
-        else
-            fmt::print(to_, "  made on the device for the upload: {} files\n",
-                       tar_members(object.path).size());
-    }
-    if (outcome.stored.empty()) {
-        heading("The upload");
+    heading("The upload");
+    if (outcome.stored.empty())
         fmt::print(to_, "  nothing was stored by the cloud\n");
+    for (const StoredObject &object : outcome.stored) {
+        const std::string *source = twin_of(outcome.before, object);
+        const std::string size = with_commas(object.size);
+        if (source != nullptr)
+            fmt::print(to_, "  on the device  {} bytes  SHA-256 {:.16}...  {}\n", size,
+                       outcome.before.at(*source).sha256, *source);
+        fmt::print(to_, "  in the cloud   {} bytes  SHA-256 {:.16}...  {}\n", size, object.sha256,
+                   legible(object.name));
+        const size_t members = tar_members(object.path).size();
+        fmt::print(to_, "  {}\n",
+                   source != nullptr ? paint(kGreen, "equal")
+                   : members > 0     ? fmt::format("an archive of {} entries", members)
+                                     : paint(kYellow, "not a file of the device"));
     }
 }
 
