@@ -1,0 +1,32 @@
+/* For the tests of the file upload: a plain cloud, and a dump that goes to its address /put. */
+#pragma once
+
+#include "cloud_http/file_upload.h"
+#include "cloud_http_fixture.h"
+
+class UploadTest : public CloudHttpTest {
+  protected:
+    static constexpr const char *kDump = "/tmp/dump.bin";
+
+    UploadTest() { world::write_file(kDump, kContent); }
+
+    int upload(int flag) { return api_TFA_post_FILE(kDump, url.c_str(), flag); }
+
+    // What an attempt logs from its first line up to the transfer.
+    std::string begin_log(size_t size, int flag) const {
+        return "api_TFA_post_FILE 394 filename /tmp/dump.bin uploadUrl " + url + " file size " +
+               std::to_string(size) + " flag " + std::to_string(flag) +
+               "\ncurl_slist_append(): Content-Type: application/octet-stream\n" + kNoProxyLog;
+    }
+
+    const std::string kContent = "five!";
+    const std::string kUnlinkLog = "api_TFA_post_FILE 458 unlink /tmp/dump.bin\n\n";
+    const std::string kOkLog = "api_TFA_post_FILE 467 curl_easy_perform() OK\n\n";
+    const std::string kRetryLog =
+        "api_TFA_post_FILE 451 goto retry api_TFA_post_FILE /tmp/dump.bin\n\n";
+    const std::string kRefusedLog =
+        "api_TFA_post_FILE 439 curl_easy_perform() failed: Couldn't connect to server\n\n";
+    const std::string kMissingLog = "api_TFA_post_FILE 383 filename /tmp/dump.bin not found\n";
+
+    std::string url = std::string(kCloud) + "/put";
+};
