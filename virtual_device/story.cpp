@@ -109,19 +109,18 @@ void Story::requests(const Outcome &outcome) {
 }
 
 void Story::uploads(const Outcome &outcome) {
-    heading("The upload");
-    if (outcome.stored.empty())
+    if (outcome.stored.empty()) {
+        heading("The upload");
         fmt::print(to_, "  nothing was stored by the cloud\n");
+    }
     for (const StoredObject &object : outcome.stored) {
         const std::string *source = twin_of(outcome.before, object);
-        const std::string size = with_commas(object.size);
-        if (source != nullptr)
-            fmt::print(to_, "  on the device  {} bytes  SHA-256 {:.16}...  {}\n", size,
-                       outcome.before.at(*source).sha256, *source);
-        fmt::print(to_, "  in the cloud   {} bytes  SHA-256 {:.16}...  {}\n", size, object.sha256,
-                   legible(object.name));
         const size_t members = tar_members(object.path).size();
-        fmt::print(to_, "  {}\n",
+        heading(("The upload of " + (source ? *source : legible(object.name))).c_str());
+        if (source != nullptr)
+            fmt::print(to_, "  on the device  SHA-256 {}\n", outcome.before.at(*source).sha256);
+        fmt::print(to_, "  in the cloud   SHA-256 {}, {} bytes: {}\n", object.sha256,
+                   with_commas(object.size),
                    source != nullptr ? paint(kGreen, "equal")
                    : members > 0     ? fmt::format("an archive of {} entries", members)
                                      : paint(kYellow, "not a file of the device"));
