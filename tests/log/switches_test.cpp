@@ -2,6 +2,7 @@
 #include "log_test.h"
 #include "state/state_files.h"
 #include "tests/support/descriptors.h"
+#include "tests/support/named_row.h"
 #include "tests/support/open_watch.h"
 #include "tests/support/paths.h"
 
@@ -70,8 +71,7 @@ TEST_F(LogSwitches, NothingStaysOpen) {
     EXPECT_EQ(open_descriptors(), before);
 }
 
-struct DebugSetting {
-    std::string name;
+struct DebugSetting : NamedRow {
     const char *content;  // null: no file
     bool on;
 };
@@ -94,6 +94,6 @@ INSTANTIATE_TEST_SUITE_P(
                     DebugSetting{"two", "2", true}, DebugSetting{"three", "3", false},
                     DebugSetting{"seven", "7", false}, DebugSetting{"no_number", "on", false},
                     DebugSetting{"empty", "", false}, DebugSetting{"missing", nullptr, false}),
-    [](const auto &setting) { return setting.param.name; });
+    RowName());
 
 }  // namespace

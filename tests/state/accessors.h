@@ -6,14 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/named_row.h"
+
 struct Reading {
     const char *content;
     uint32_t value;
 };
 
 // Signed values are given as the unsigned number of the same bits.
-struct NumberGetter {
-    std::string name;
+struct NumberGetter : NamedRow {
     std::function<uint32_t(uint32_t *)> get;
     std::string path;
     uint32_t missing;               // value without a file
@@ -23,23 +24,20 @@ struct NumberGetter {
     bool creates_file = false;      // a missing file comes into being
 };
 
-struct TextGetter {
-    std::string name;
+struct TextGetter : NamedRow {
     uint32_t (*get)(char *);
     std::string path;
     const char *missing;  // value without a file; null: the buffer stays untouched
     uint32_t null_result;
 };
 
-struct TextSetter {
-    std::string name;
+struct TextSetter : NamedRow {
     uint32_t (*set)(const char *);
     std::string path;
     uint32_t refused;  // result when the file cannot be opened or the text is null
 };
 
-struct NumberSetter {
-    std::string name;
+struct NumberSetter : NamedRow {
     std::function<uint32_t(int64_t)> set;
     std::string path;
     std::vector<int64_t> values;

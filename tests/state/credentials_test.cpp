@@ -8,9 +8,9 @@
 #include "state/device_identity.h"
 #include "tests/support/guarded.h"
 #include "tests/support/logged_test.h"
+#include "tests/support/named_row.h"
 #include "tests/support/open_watch.h"
 #include "tests/support/paths.h"
-#include "tests/support/row_name.h"
 
 namespace {
 
@@ -75,8 +75,7 @@ TEST_F(SequenceNumber, NullPointerDoesNoHarm) {
 }
 
 // The key and the secret differ in names and in log lines only.
-struct Credential {
-    std::string name;
+struct Credential : NamedRow {
     int (*set)(const char *);
     int (*get)(char *);
     std::string path;

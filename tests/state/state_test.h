@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/named_row.h"
 #include "tests/support/paths.h"
-#include "tests/support/row_name.h"
 #include "world_test.h"
 
 class StateTest : public world::WorldTest {

@@ -1,11 +1,18 @@
-// Parametrised tests are named after the `name` of their row.
+// Rows of parametrised tests: a row's name is the test's name and stands for the row in messages.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
+#include <ostream>
 #include <string>
+
+struct NamedRow {
+    std::string name;
+};
+
+inline std::ostream &operator<<(std::ostream &out, const NamedRow &row) { return out << row.name; }
 
 struct RowName {
     template <class Row>
