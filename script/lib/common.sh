@@ -2,6 +2,7 @@
 # shellcheck shell=bash
 
 project_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+# shellcheck disable=SC2034  # for the scripts that read this
 deps_dir=$project_root/.deps
 
 say() {

@@ -14,6 +14,7 @@ private_apt() {
 
 # The places (file:position, as apt counts them) of the entries that serve source package $1.
 entries_serving() {
+    # shellcheck disable=SC2016  # apt-get fills this in
     apt-get indextargets --format '$(SOURCESENTRY) $(FILENAME)' 'Created-By: Packages' |
         while read -r entry index; do
             if /usr/lib/apt/apt-helper cat-file "$index" |
