@@ -32,13 +32,17 @@ void redirect(int descriptor, const std::string &path) {
     close(file);
 }
 
+std::string object_name(const std::string &url) {
+    return std::filesystem::path(url.substr(0, url.find('?'))).filename().string();
+}
+
 }  // namespace
 
 DeviceRun::DeviceRun(const Scenario &scenario, RunSetup setup)
     : scenario_(scenario), setup_(std::move(setup)), console_(setup_.console_arrived) {
     place_programs();
-    write_files();
     name_hosts();
+    write_files();
     start_servers();
     outcome_.before = look_at_files();
 }
@@ -133,8 +137,7 @@ void DeviceRun::run(const std::string &line) {
     result.line = line;
     result.console = console_.text();
     console_.clear();
-    result.exit_status = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
-    result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    result.exit_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     result.output = setup_.output_passes ? "" : read_file_if_any(kOutputFile);
     result.errors = read_file_if_any(kErrorsFile);
     result.peak_kb = usage.ru_maxrss;
@@ -153,19 +156,21 @@ int DeviceRun::shell() {
 }
 
 Outcome DeviceRun::outcome() {
+    peers_.clear();  // their logs are complete then
     outcome_.exchanges = record_.all();
     if (scenario_.peers.count("nginx"))
         for (Exchange &exchange : nginx_exchanges()) {
             if (exchange.method == "PUT" && exchange.status == 200)
-                outcome_.stored.push_back({std::filesystem::path(exchange.url).filename().string(),
-                                           exchange.body_size, exchange.body_sha256,
-                                           exchange.body_path});
+                outcome_.stored.push_back({object_name(exchange.url), exchange.body_size,
+                                           exchange.body_sha256, exchange.body_path});
             outcome_.exchanges.push_back(std::move(exchange));
         }
     for (StoredObject &object : cloud_->stored())
         outcome_.stored.push_back(std::move(object));
     if (scenario_.peers.count("tinyproxy"))
         outcome_.proxied = proxied_targets();
+    if (!scenario_.dns.empty())
+        outcome_.dns_queries = dns_queries();
     std::istringstream sleeps(read_file_if_any(kSleepRecord));
     for (unsigned seconds = 0; sleeps >> seconds;)
         outcome_.sleeps.push_back(seconds);

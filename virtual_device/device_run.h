@@ -21,8 +21,7 @@ namespace world {
 
 struct CommandResult {
     std::string line;
-    int exit_status = 0;  // of the shell; meaningless when a signal ended it
-    int signal = 0;       // that ended it, else 0
+    int exit_status = 0;  // 128 and the number when a signal ended it
     std::string console;  // what reached /dev/console meanwhile
     std::string output;   // standard output
     std::string errors;   // standard error
@@ -33,7 +32,8 @@ struct CommandResult {
 struct Outcome {
     std::vector<CommandResult> commands;
     std::vector<Exchange> exchanges;
-    std::vector<std::string> proxied;  // CONNECT targets the proxy was asked for
+    std::vector<std::string> proxied;      // CONNECT targets the proxy was asked for
+    std::vector<std::string> dns_queries;  // names the DNS server was asked for, each once
     std::vector<StoredObject> stored;
     std::vector<unsigned> sleeps;  // seconds of each; recorded, not slept
     int reboots = 0;

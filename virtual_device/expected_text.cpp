@@ -126,8 +126,7 @@ std::string expected_text(const Outcome &outcome) {
     std::string text;
     for (const CommandResult &command : outcome.commands) {
         text += "== run: " + legible(command.line) + "\n";
-        text += command.signal ? fmt::format("signal {}\n", command.signal)
-                               : fmt::format("exit {}\n", command.exit_status);
+        text += fmt::format("exit {}\n", command.exit_status);
         add_section(text, "output", legible(command.output));
         add_section(text, "console", legible(without_stamps(command.console)));
     }
@@ -136,6 +135,8 @@ std::string expected_text(const Outcome &outcome) {
         requests += describe_exchange(i + 1, outcome.exchanges[i], outcome.before);
     add_section(text, "requests", requests);
     add_section(text, "through the proxy", fmt::format("{}", fmt::join(outcome.proxied, "\n")));
+    add_section(text, "asked of the DNS server",
+                fmt::format("{}", fmt::join(outcome.dns_queries, "\n")));
     std::string stored;
     for (const StoredObject &object : outcome.stored)
         stored += legible(object.name) + ": " + describe_stored(object, outcome.before) + "\n";

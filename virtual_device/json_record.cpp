@@ -37,6 +37,7 @@ json of_exchange(const Exchange &exchange) {
 json json_record(const Scenario &scenario, const Outcome &outcome) {
     json record = {{"scenario", scenario.name},
                    {"proxied", outcome.proxied},
+                   {"dns_queries", outcome.dns_queries},
                    {"sleeps", outcome.sleeps},
                    {"reboots", outcome.reboots},
                    {"local_service", outcome.local_state},
@@ -45,7 +46,6 @@ json json_record(const Scenario &scenario, const Outcome &outcome) {
     for (const CommandResult &command : outcome.commands)
         record["commands"].push_back({{"line", command.line},
                                       {"exit_status", command.exit_status},
-                                      {"signal", command.signal},
                                       {"console", command.console},
                                       {"output", command.output},
                                       {"errors", command.errors},

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -91,7 +92,9 @@ http {
 
 }  // namespace
 
-Peer::Peer(const std::vector<std::string> &command, const std::string &address, int port) {
+Peer::Peer(const std::vector<std::string> &command, const std::string &address, int port,
+           int end_signal)
+    : end_signal_(end_signal) {
     const std::string output =
         kFolder + std::filesystem::path(command.front()).filename().string() + ".output";
     write_file(output, "");
@@ -110,12 +113,13 @@ Peer::Peer(const std::vector<std::string> &command, const std::string &address, 
     throw std::runtime_error(command.front() + " does not start:\n" + read_file_if_any(output));
 }
 
-Peer::Peer(Peer &&other) noexcept : process_(std::exchange(other.process_, 0)) {}
+Peer::Peer(Peer &&other) noexcept
+    : process_(std::exchange(other.process_, 0)), end_signal_(other.end_signal_) {}
 
 Peer::~Peer() {
     if (process_ <= 0)
         return;
-    kill(process_, SIGTERM);
+    kill(process_, end_signal_);
     waitpid(process_, nullptr, 0);
 }
 
@@ -124,17 +128,25 @@ Peer start_tinyproxy() {
                "Port " + std::to_string(kProxyPort) + "\nListen 127.0.0.1\nTimeout 60\nLogFile \"" +
                    kFolder +
                    "tinyproxy.log\"\nLogLevel Connect\nMaxClients 300\nConnectPort 443\n");
-    return {{"tinyproxy", "-d", "-c", kFolder + "tinyproxy.conf"}, "127.0.0.1", kProxyPort};
+    return {
+        {"tinyproxy", "-d", "-c", kFolder + "tinyproxy.conf"}, "127.0.0.1", kProxyPort, SIGTERM};
 }
 
 Peer start_dnsmasq(const std::map<std::string, std::string> &names) {
-    std::vector<std::string> command = {
-        "dnsmasq",     "--keep-in-foreground",  "--no-resolv",
-        "--no-hosts",  "--user=root",           "--listen-address=127.0.0.1",
-        "--pid-file=", "--conf-file=/dev/null", "--bind-interfaces"};
+    std::vector<std::string> command = {"dnsmasq",
+                                        "--keep-in-foreground",
+                                        "--no-resolv",
+                                        "--no-hosts",
+                                        "--user=root",
+                                        "--listen-address=127.0.0.1",
+                                        "--pid-file=",
+                                        "--conf-file=/dev/null",
+                                        "--bind-interfaces",
+                                        "--log-queries",
+                                        "--log-facility=" + kFolder + "dnsmasq.log"};
     for (const auto &[name, address] : names)
         command.push_back("--address=/" + name + "/" + address);
-    return {command, "127.0.0.1", 53};
+    return {command, "127.0.0.1", 53, SIGTERM};
 }
 
 Peer start_nginx(const Identity &server, const CertificateAuthority &clients) {
@@ -148,7 +160,8 @@ Peer start_nginx(const Identity &server, const CertificateAuthority &clients) {
     return {
         {program, "-p", kFolder, "-e", kFolder + "nginx.error.log", "-c", kFolder + "nginx.conf"},
         kNginxAddress,
-        443};
+        443,
+        SIGQUIT};
 }
 
 std::vector<std::string> proxied_targets() {
@@ -160,6 +173,17 @@ std::vector<std::string> proxied_targets() {
         if (std::regex_search(line, found, asked))
             targets.push_back(found[1]);
     return targets;
+}
+
+std::vector<std::string> dns_queries() {
+    static const std::regex asked(R"(query\[A\] (\S+) from)");
+    std::set<std::string> names;
+    std::istringstream log(read_file_if_any(kFolder + "dnsmasq.log"));
+    std::smatch found;
+    for (std::string line; std::getline(log, line);)
+        if (std::regex_search(line, found, asked))
+            names.insert(found[1]);
+    return {names.begin(), names.end()};
 }
 
 std::vector<Exchange> nginx_exchanges() {

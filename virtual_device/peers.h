@@ -26,14 +26,16 @@ inline constexpr int kProxyPort = 3128;
 class Peer {
   public:
     // Starts it and waits until it accepts connections on address:port. Throws std::runtime_error
-    // with what it printed when it does not.
-    Peer(const std::vector<std::string> &command, const std::string &address, int port);
+    // with what it printed when it does not. `end_signal` makes it finish what it is doing and end.
+    Peer(const std::vector<std::string> &command, const std::string &address, int port,
+         int end_signal);
     ~Peer();
     Peer(Peer &&other) noexcept;
     Peer &operator=(Peer &&) = delete;
 
   private:
     pid_t process_;
+    int end_signal_;
 };
 
 Peer start_tinyproxy();
@@ -42,6 +44,9 @@ Peer start_nginx(const Identity &server, const CertificateAuthority &clients);
 
 // What the proxy's log says it was asked to connect to, in order.
 std::vector<std::string> proxied_targets();
+
+// The names whose addresses the DNS server was asked for, sorted, each once.
+std::vector<std::string> dns_queries();
 
 // The requests nginx logged, in order, with the digests of the bodies it kept.
 std::vector<Exchange> nginx_exchanges();

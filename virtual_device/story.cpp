@@ -106,6 +106,8 @@ void Story::requests(const Outcome &outcome) {
         fmt::print(to_, "  none\n");
     for (const std::string &target : outcome.proxied)
         fmt::print(to_, "  through the proxy: CONNECT {}\n", target);
+    for (const std::string &name : outcome.dns_queries)
+        fmt::print(to_, "  asked of the pinned DNS server: {}\n", name);
 }
 
 void Story::uploads(const Outcome &outcome) {
@@ -161,9 +163,9 @@ void Story::close(const Outcome &outcome, const std::string &note) {
     for (const CommandResult &command : outcome.commands) {
         if (!command.output.empty())
             fmt::print(to_, "\n{}", command.output);
-        if (command.signal != 0)
-            fmt::print(to_, "\n  stopped by signal {} ({})\n", command.signal,
-                       strsignal(command.signal));
+        if (command.exit_status > 128)
+            fmt::print(to_, "\n  stopped by signal {} ({})\n", command.exit_status - 128,
+                       strsignal(command.exit_status - 128));
         else if (command.exit_status != 0)
             fmt::print(to_, "\n{}  exit status {}\n", command.errors, command.exit_status);
     }
