@@ -3,16 +3,22 @@
  *
  * Ownership: a document is a tree of nodes owned by its root. Whoever parsed or created the root
  * frees it with deleteJson, which frees everything below. Nodes and texts that getters return point
- * into the document and die with it. What an "add" function is given as a node belongs to the
- * document once added; keys and texts are copied. Printed texts are the caller's and are released
- * with free(). Null: every function takes null for every pointer. A null object, node or key is one
- * that holds nothing, so a getter answers with its default and an "add" function adds nothing; a
- * null found flag is not written. Keys: compared without regard to ASCII letter case; of several
- * members that match, the first one counts. Memory: nodes and texts come from cJSON's allocator,
- * hooks included. Where it fails, a "create", "parse", "print" or "duplicate" function returns null
- * and an "add" function adds nothing; only initJsonRpcObject ends the process. Depth: parsing
- * refuses arrays and objects nested deeper than 1000, as cJSON does; printing and duplicating
- *   refuse those deeper than 10000. Deleting knows no limit.
+ * into the document and die with it. A node given to an "add" function belongs to the document once
+ * added; keys and texts are copied. Printed texts are the caller's and are released with free().
+ *
+ * Null: every function takes null for every pointer. What is null holds nothing: a getter answers
+ * with its default, an "add" function adds nothing, a found flag is not written.
+ *
+ * Keys: compared without regard to ASCII letter case; of several members that match, the first one
+ * counts.
+ *
+ * Memory: nodes and texts come from cJSON's allocator, hooks included. Where it fails, a "create",
+ * "parse", "print" or "duplicate" function returns null and an "add" function adds nothing; only
+ * initJsonRpcObject ends the process.
+ *
+ * Depth: parsing refuses arrays and objects nested deeper than 1000, as cJSON does; printing and
+ * duplicating refuse those deeper than 10000. Deleting knows no limit.
+ *
  * No locks: cJSON's error position and hooks are process-wide, and a document belongs to one
  * thread.
  */
@@ -25,8 +31,7 @@
 
 CLOUD_API_BEGIN
 
-/* Kind codes, and the flag that is added to the kind of a node that owns neither child nor
- * valuestring. */
+/* Kind codes, and the flag added to that of a node which owns neither child nor valuestring. */
 enum {
     JSON_KIND_FALSE = 0,
     JSON_KIND_TRUE = 1,
@@ -66,10 +71,10 @@ typedef struct JsonNode {
 JsonNode *parseJsonText(const char *text) CLOUD_NOEXCEPT;
 
 /*
- * The same, with every number read as a uint64: decimal digits, wrapping past 2^64 - 1. A sign, a
- * fraction, an exponent or a digit after a leading zero and zero is no part of the number: it makes
- * the parse fail inside an array or object, and is ignored with the rest of the text behind a
- * number on its own.
+ * The same, with every number read as a JSON_KIND_UINT64: at most one leading zero, then the digits
+ * behind it if they begin with 1 to 9, wrapping past 2^64 - 1. A sign, a fraction, an exponent or
+ * another zero is no part of the number: inside an array or object it makes the parse fail, at the
+ * top it is ignored like all that follows (-5, 1.5 and 007 read 0, 1 and 0).
  */
 JsonNode *parseJsonTextLongLongUint(const char *text) CLOUD_NOEXCEPT;
 

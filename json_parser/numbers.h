@@ -9,8 +9,7 @@
 // What the numbers of a document are read as: JSON_KIND_NUMBER or JSON_KIND_UINT64.
 enum class NumberMode { kDouble, kUint64 };
 
-// The first byte from `at` on, outside strings, that begins a number ("-" or a digit), or the
-// terminator.
+// The first byte from `at` on that begins a number ("-" or a digit, outside strings), or the end.
 const char *find_number(const char *at) noexcept;
 
 // The end of the number that begins there; its beginning for a "-" that the mode does not read.

@@ -19,6 +19,8 @@ struct DeleteCJson {
     void operator()(cJSON *item) const noexcept { cJSON_Delete(item); }
 };
 
+using CJsonTree = std::unique_ptr<cJSON, DeleteCJson>;
+
 bool continues_number(char byte) noexcept {
     return byte != '\0' && std::strchr("+-.eE0123456789", byte) != nullptr;
 }
@@ -50,8 +52,7 @@ void hide_numbers(const char *text, char *copy, NumberMode mode) noexcept {
     }
 }
 
-// A copy for cJSON; spoilt at once when the text begins with a byte-order mark, which cJSON would
-// skip.
+// A copy for cJSON, spoilt where a text begins with a byte-order mark: cJSON would skip that.
 CJsonText copy_for_cjson(const char *text, NumberMode mode) noexcept {
     CJsonText copy = copy_of(text);
     if (copy) {
@@ -63,8 +64,7 @@ CJsonText copy_for_cjson(const char *text, NumberMode mode) noexcept {
     return copy;
 }
 
-// Turns cJSON's tree into a document, taking over its texts and reading the numbers of the text in
-// turn.
+// Turns cJSON's tree into a document: takes over its texts and reads the numbers in their order.
 class Converter {
   public:
     Converter(const char *text, NumberMode mode, char *scratch) noexcept
@@ -115,8 +115,6 @@ JsonNode *fail_at(const char *position) noexcept {
     return nullptr;
 }
 
-using CJsonTree = std::unique_ptr<cJSON, DeleteCJson>;
-
 // Whether "{" and "}" with nothing between them end there, where a key could have stood as well.
 bool ends_empty_object(const char *text, std::ptrdiff_t end) noexcept {
     if (text[--end] != '}') {
@@ -142,9 +140,12 @@ std::ptrdiff_t offending_byte(char *copy) noexcept {
 }
 
 JsonNode *parse(const char *text, NumberMode mode) noexcept {
-    const CJsonText copy = text ? copy_for_cjson(text, mode) : nullptr;
+    if (!text) {
+        return nullptr;
+    }
+    const CJsonText copy = copy_for_cjson(text, mode);
     if (!copy) {
-        return text ? fail_at(text) : nullptr;
+        return fail_at(text);
     }
     CJsonTree tree(cJSON_Parse(copy.get()));
     if (!tree) {

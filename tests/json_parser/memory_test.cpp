@@ -1,4 +1,5 @@
 // Every allocation of every function failing in turn: nothing leaks, nothing is half done.
+#include <cstring>
 #include <functional>
 
 #include "json_test.h"

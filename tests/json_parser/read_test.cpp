@@ -1,4 +1,6 @@
 // Navigation and the typed getters.
+#include <cstring>
+
 #include "json_test.h"
 
 namespace {

@@ -1,4 +1,6 @@
 // The JSON-RPC envelope and the operations over two documents.
+#include <cstring>
+
 #include "json_test.h"
 
 namespace {
@@ -39,6 +41,7 @@ TEST(CopyString, CopiesUnderTheGivenKey) {
 
 TEST(CopyString, AddsNothingWithoutAString) {
     const OwnedJson source = parsed(R"({"number":1,"none":null,"text":"x"})");
+    member(source, "number")->valuestring = strdup("stray");
     OwnedJson destination(createJsonObject());
     for (const char *key : {"missing", "number", "none"}) {
         copyJsonStringValueForKey(source.get(), destination.get(), key);
