@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Usage: public_headers.sh HEADER...     in the project's folder; CC, CXX, CURL_INCLUDE_DIR are set
+#
+# Every public header can be included alone, from C11 and from C++17, without a warning.
+set -euo pipefail
+
+for header in "$@"; do
+    echo "$header"
+    for compiler in "$CC -xc -std=c11" "$CXX -xc++ -std=c++17"; do
+        # shellcheck disable=SC2086  # words of a command
+        printf '#include "%s"\nextern int nothing;\n' "$header" | $compiler -Wall -Wextra -Wpedantic -Werror -I. \
+            -isystem "$CURL_INCLUDE_DIR" -fsyntax-only -
+    done
+done
