@@ -23,12 +23,16 @@ const char *skip_digits(const char *at) noexcept {
 
 // From an opening quote to behind the closing one, or to the terminator.
 const char *skip_string(const char *at) noexcept {
-    for (++at; *at != '\0' && *at != '"'; ++at) {
+    do {
+        ++at;
+        at += std::strcspn(at, "\"\\");
         if (*at == '\\' && at[1] != '\0') {
             ++at;
+        } else if (*at == '"') {
+            return at + 1;
         }
-    }
-    return *at == '"' ? at + 1 : at;
+    } while (*at != '\0');
+    return at;
 }
 
 // One leading zero may stand before the digits, which begin with another digit than zero.
