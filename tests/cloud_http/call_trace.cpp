@@ -43,7 +43,8 @@ std::string pointer_text(CURL *handle, CURLoption option, void *value) {
             return value == reinterpret_cast<void *>(http_reply_write) ? "http_reply_write"
                                                                        : "another function";
         case CURLOPT_WRITEDATA:
-            g_records[handle] = static_cast<const HttpReply *>(value);
+            if (handle != nullptr)
+                g_records[handle] = static_cast<const HttpReply *>(value);
             return "record";
         case CURLOPT_READDATA:
             return "file " + path_of(static_cast<std::FILE *>(value));
@@ -148,6 +149,7 @@ CURLcode __wrap_curl_easy_getinfo(CURL *handle, CURLINFO info, ...) {
 void __real_curl_easy_cleanup(CURL *handle);
 void __wrap_curl_easy_cleanup(CURL *handle) {
     note(name_of(handle) + " cleanup");
+    g_records.erase(handle);
     __real_curl_easy_cleanup(handle);
 }
 

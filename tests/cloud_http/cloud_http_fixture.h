@@ -12,6 +12,7 @@
 #include <string>
 
 #include "scripted_server.h"
+#include "tests/support/named_row.h"
 #include "world_test.h"
 
 class CloudHttpTest : public world::WorldTest {
@@ -43,12 +44,6 @@ int count_of(const std::string &text, const std::string &piece);
 
 // How many headers of that name, in any letter case, a request has.
 int count_of_headers(const world::Request &request, const std::string &name);
-
-// Names the rows of a table for INSTANTIATE_TEST_SUITE_P.
-template <class Row>
-std::string row_name(const testing::TestParamInfo<Row> &row) {
-    return row.param.name;
-}
 
 // A file descriptor of this process replaced by a file for as long as the object lives.
 class Redirected {

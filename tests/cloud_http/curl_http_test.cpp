@@ -12,8 +12,7 @@ namespace {
 
 constexpr const char *kUrl = "http://127.0.0.1:8000/api/thing?x=1";
 
-struct Call {
-    const char *name;
+struct Call : NamedRow {
     std::function<int(char **out)> make;
     const char *method;
     const char *body;
@@ -52,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         Call{"AnyMethod", [](char **out) { return curl_http("PUT", kUrl, out, "p"); }, "PUT", "p",
              "1"},
         Call{"EmptyPost", [](char **out) { return http_post(kUrl, "", out); }, "POST", "", "0"}),
-    row_name<Call>);
+    RowName());
 
 class CurlHttpTest : public CloudHttpTest {
   protected:

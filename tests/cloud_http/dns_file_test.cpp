@@ -11,8 +11,7 @@ constexpr const char *kFile = "/tmp/curlDNSFile";
 
 class DnsFileTest : public CloudHttpTest {};
 
-struct Line {
-    const char *name;
+struct Line : NamedRow {
     std::string content;
     std::string read;
 };
@@ -42,7 +41,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{"Characters64", k63 + "b", k63},
                     Line{"Characters100000", std::string(100000, 'a'), k63},
                     Line{"NulAtTheStart", std::string("\0b", 2), ""}),
-    row_name<Line>);
+    RowName());
 
 TEST_F(DnsFileTest, AMissingFileIsLoggedAtEveryCall) {
     std::memcpy(g_curl_dns_server, "kept", 5);

@@ -10,8 +10,7 @@
 
 namespace {
 
-struct Endpoint {
-    const char *name;
+struct Endpoint : NamedRow {
     int (*get)(char *out);
     int (*set)(const char *url);
     std::string override_file;
@@ -59,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Endpoint{"Authentication", api_TFA_get, api_TFA_set,
                              "/tmp/app/cloud_tmp/TFA_file",
                              "https://" CLOUD_TFA_HOST "/dev/tfaapi/auth", "api_TFA_get 231"}),
-    row_name<Endpoint>);
+    RowName());
 
 TEST_P(EndpointTest, IsTheDefaultWithoutAnOverride) {
     EXPECT_EQ(get(), 0);

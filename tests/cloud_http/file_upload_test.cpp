@@ -141,8 +141,7 @@ TEST_F(FileUploadTest, ANullUrlIsATransferThatFails) {
     EXPECT_EQ(world::read_file(kDump), kContent);
 }
 
-struct Size {
-    const char *name;
+struct Size : NamedRow {
     off_t size;
     const char *logged;
 };
@@ -164,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(Of, FileUploadSize,
                                          Size{"FirstNegative", 2 * kGiB, "-2147483648"},
                                          Size{"ThreeGiB", 3 * kGiB, "-1073741824"},
                                          Size{"FourGiBAndFive", 4 * kGiB + 5, "5"}),
-                         row_name<Size>);
+                         RowName());
 
 TEST_F(FileUploadTest, TracesTheTransferOnStandardError) {
     {

@@ -46,8 +46,7 @@ TEST_F(HttpReplyTest, DiscardsInEveryModeThatIsNeitherFileNorMemory) {
     EXPECT_EQ(console.text(), "");
 }
 
-struct Growth {
-    const char *name;
+struct Growth : NamedRow {
     std::vector<std::string> chunks;
 };
 
@@ -76,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Growth{"NothingInBetween", {"ab", "", "c"}},
                     Growth{"BytesOfEveryKind", {std::string("\0\x80\xff\n%s", 6), "z"}},
                     Growth{"ManyPieces", std::vector<std::string>(1000, "0123456789")}),
-    row_name<Growth>);
+    RowName());
 
 TEST_F(HttpReplyTest, CountsItemsTimesTheirSizeInMemory) {
     HttpReply reply = {HTTP_REPLY_MEMORY, nullptr, 0};

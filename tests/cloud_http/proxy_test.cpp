@@ -62,8 +62,7 @@ TEST_F(ProxyTest, AsksTheLocalServiceOncePerCall) {
     EXPECT_EQ(requests[0].header("Host"), "127.0.0.1:8000");
 }
 
-struct Text {
-    const char *name;
+struct Text : NamedRow {
     const char *members;
     const char *text;
 };
@@ -104,10 +103,9 @@ INSTANTIATE_TEST_SUITE_P(
         Text{"ServerBeginningWithNone", R"("enable":true,"proxyServer":"none1")", "none1:80"},
         Text{"ServerWithPercent", R"("enable":true,"proxyServer":"%s%n")", "%s%n:80"},
         Text{"KeysInOtherCase", R"("ENABLE":true,"PROXYSERVER":"h","PROXYSERVERPORT":9)", "h:9"}),
-    row_name<Text>);
+    RowName());
 
-struct Refusal {
-    const char *name;
+struct Refusal : NamedRow {
     const char *members;
     size_t cleared;  // bytes from the start of the buffer; the others stay
     const char *log;
@@ -136,10 +134,9 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"EnableAsNumber", R"("enable":1,"proxyServer":"h")", 0, ""},
         Refusal{"EnableNull", R"("enable":null,"proxyServer":"h")", 0, ""},
         Refusal{"EnableMissing", R"("proxyServer":"h")", 0, ""}),
-    row_name<Refusal>);
+    RowName());
 
-struct Unreadable {
-    const char *name;
+struct Unreadable : NamedRow {
     std::string reply;
     const char *log;
 };
@@ -166,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
         Unreadable{"EnvelopeAsText", R"({"restful_res":"CloudProxySettings"})", ""},
         Unreadable{"EnvelopeAsArray", R"({"restful_res":[{"CloudProxySettings":{}}]})", ""},
         Unreadable{"NoSettings", R"({"restful_res":{"Other":{"enable":true}}})", ""}),
-    row_name<Unreadable>);
+    RowName());
 
 TEST_F(ProxyTest, SettingsOfAnotherKindHoldNoEnable) {
     for (const char *settings : {"null", "[]", "5", "\"enable\"", "[true]"}) {

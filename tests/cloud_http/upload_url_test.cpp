@@ -32,8 +32,7 @@ class UploadUrlTest : public CloudHttpTest {
     world::ScriptedServer cloud{plain_cloud()};
 };
 
-struct Answer {
-    const char *name;
+struct Answer : NamedRow {
     Reply reply;
     int result;
     std::string log;
@@ -69,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(transfer_error("Garbage", Fault::Kind::garbage, CURLE_UNSUPPORTED_PROTOCOL),
                     transfer_error("CutShort", Fault::Kind::truncate, CURLE_PARTIAL_FILE),
                     transfer_error("NoReply", Fault::Kind::drop_after_bytes, CURLE_GOT_NOTHING)),
-    row_name<Answer>);
+    RowName());
 
 Answer http_error(const char *name, int status) {
     return {name, world::status_reply(status, R"({"message":"OK","upload_url":"u"})"), status,
@@ -81,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(Status, UploadUrlAnswer,
                                          http_error("NotModified", 304),
                                          http_error("Forbidden", 403), http_error("NotFound", 404),
                                          http_error("ServerError", 500)),
-                         row_name<Answer>);
+                         RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Body, UploadUrlAnswer,
@@ -124,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(
                            reply_line("{\n\t\"message\":\t\"OK\",\n\t\"upload_url\":\t7\n}")},
                     Answer{"OkWithUrlNull", text(R"({"message":"OK","upload_url":null})"), 0,
                            reply_line("{\n\t\"message\":\t\"OK\",\n\t\"upload_url\":\tnull\n}")}),
-    row_name<Answer>);
+    RowName());
 
 TEST_F(UploadUrlTest, PostsTheBodyAsItIs) {
     cloud.on("*", {text(R"({"message":"OK"})")});
