@@ -48,9 +48,14 @@ DeviceRun::DeviceRun(const Scenario &scenario, RunSetup setup)
 }
 
 void DeviceRun::place_programs() {
-    const std::string place = std::string(kStandInDir) + "/kdump";
-    write_file(place, "#!/bin/sh\nexec " + setup_.kdump + " \"$@\"\n");
-    std::filesystem::permissions(place, std::filesystem::perms(0755));
+    const auto place = [](const char *name, const std::string &command) {
+        const std::string path = std::string(kStandInDir) + "/" + name;
+        write_file(path, "#!/bin/sh\nexec " + command + " \"$@\"\n");
+        std::filesystem::permissions(path, std::filesystem::perms(0755));
+    };
+    place("kdump", setup_.kdump);
+    if (exists(AGENT_PROGRAM))
+        place("agent", AGENT_PROGRAM);
     if (scenario_.stop_after_sleeps > 0)
         write_file(kSleepLimit, std::to_string(scenario_.stop_after_sleeps));
 }

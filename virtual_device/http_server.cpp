@@ -181,8 +181,12 @@ void HttpServer::exchange(Stream &stream) {
     Request request;
     std::string head;
     std::string rest;
-    if (!stream.handshake([this](const std::string &name) { return handler_.admit(name); }) ||
-        !read_head(stream, head, rest))
+    if (!stream.handshake([this](const std::string &name) { return handler_.admit(name); })) {
+        if (!stream.failure().empty())
+            handler_.not_agreed(stream.server_name(), stream.failure());
+        return;
+    }
+    if (!read_head(stream, head, rest))
         return;
     if (!parse_head(head, request)) {
         stream.write(wire_text(status_reply(400), true));

@@ -27,6 +27,11 @@ class HttpHandler {
         (void)server_name;
         return Admission::welcome;
     }
+    // The TLS handshake failed, for instance for want of a client certificate.
+    virtual void not_agreed(const std::string &server_name, const std::string &reason) {
+        (void)server_name;
+        (void)reason;
+    }
     // The headers are in. May set a body_sink; the result is what happens to the body.
     virtual Fault begin(Request &request) {
         (void)request;

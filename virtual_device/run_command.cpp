@@ -107,8 +107,11 @@ int run_on_device(const CommonOptions &common, const RunOptions &options) {
     }
     if (tells)
         story.close(outcome, scenario.note);
-    if (!compares)
-        return outcome.commands.back().exit_status;
+    if (!compares) {
+        const int status = outcome.commands.back().exit_status;
+        story.verdict(status == 0, "The command ended with status " + std::to_string(status) + ".");
+        return status;
+    }
     const bool good = same(expected, actual);
     if (tells)
         story.verdict(good, good ? "All as it should be: console, requests, upload and files."

@@ -69,12 +69,24 @@ bool Service::drops_connection(const std::string &endpoint, const std::string &u
     if (!planned || planned->fault.kind != Fault::Kind::drop_at_accept)
         return false;
     ++used_[endpoint];
-    Exchange exchange;
-    exchange.service = part_of(endpoint);
-    exchange.url = url;
-    exchange.mishap = describe(planned->fault);
-    record_.add(exchange);
+    note_connection(part_of(endpoint), url, describe(planned->fault));
     return true;
+}
+
+// A connection that brought no request.
+void Service::note_connection(const std::string &part, const std::string &url,
+                              const std::string &mishap) {
+    Exchange exchange;
+    exchange.service = part;
+    exchange.url = url;
+    exchange.mishap = mishap;
+    exchange.ended = record_.now();
+    record_.add(std::move(exchange));
+}
+
+void Service::not_agreed(const std::string &server_name, const std::string &reason) {
+    if (!server_name.empty())
+        note_connection(name_, "https://" + server_name, reason);
 }
 
 Fault Service::begin(Request &request) {

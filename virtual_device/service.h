@@ -35,6 +35,7 @@ class Service : public HttpHandler {
     Service(std::string name, ExchangeRecord &record, Scripts scripts)
         : name_(std::move(name)), record_(record), scripts_(std::move(scripts)) {}
 
+    void not_agreed(const std::string &server_name, const std::string &reason) override;
     Fault begin(Request &request) override;
     Reply answer(Request &request) override;
     void broken_off(Request &request) override;
@@ -69,6 +70,8 @@ class Service : public HttpHandler {
         uint64_t noted = 0;  // body bytes, as last shown in the record
     };
 
+    void note_connection(const std::string &part, const std::string &url,
+                         const std::string &mishap);
     std::optional<ScriptedReply> next_of(const std::string &endpoint);
     std::shared_ptr<Open> take_open(size_t number);
     void end(const Request &request, const std::string &digest, const Reply *reply,

@@ -167,7 +167,7 @@ void Story::close(const Outcome &outcome, const std::string &note) {
             fmt::print(to_, "\n  stopped by signal {} ({})\n", command.exit_status - 128,
                        strsignal(command.exit_status - 128));
         else if (command.exit_status != 0)
-            fmt::print(to_, "\n{}  exit status {}\n", command.errors, command.exit_status);
+            fmt::print(to_, "\n{}", command.errors);
     }
     if (!note.empty())
         fmt::print(to_, "\n{}\n", note);

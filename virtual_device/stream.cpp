@@ -1,5 +1,6 @@
 #include "stream.h"
 
+#include <openssl/err.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -55,6 +56,7 @@ int Stream::on_client_hello(SSL *session, int *, void *) {
         SSL_set_verify(session, SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
     if (admission != Admission::cut)
         return SSL_CLIENT_HELLO_SUCCESS;
+    self->cut_on_purpose_ = true;
     self->cut();  // before the library can send its alert
     return SSL_CLIENT_HELLO_ERROR;
 }
@@ -63,7 +65,15 @@ bool Stream::handshake(const std::function<Admission(const std::string &)> &admi
     if (!session_)
         return admit("") != Admission::cut;
     admit_ = &admit;
-    return SSL_accept(session_.get()) == 1;
+    ERR_clear_error();
+    const int result = SSL_accept(session_.get());
+    if (result == 1)
+        return true;
+    const unsigned long reason = ERR_get_error();
+    const char *text = reason == 0 ? nullptr : ERR_reason_error_string(reason);
+    if (!cut_on_purpose_ && text != nullptr)
+        failure_ = text;
+    return false;
 }
 
 size_t Stream::read(char *into, size_t size) {

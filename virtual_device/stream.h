@@ -30,7 +30,8 @@ class Stream {
     Stream &operator=(const Stream &) = delete;
 
     // Does the TLS handshake, if any. `admit` is asked with the host name the client wants.
-    // False when the connection is of no use any more.
+    // False when the connection is of no use any more; failure() then says why, unless the client
+    // just left or was cut on purpose.
     bool handshake(const std::function<Admission(const std::string &)> &admit);
 
     // Bytes read; 0 at the end or on an error.
@@ -42,6 +43,7 @@ class Stream {
     // Wakes a blocked reader or writer, from any thread.
     void cut();
 
+    std::string failure() const { return failure_; }
     std::string server_name() const { return server_name_; }
     std::string client_certificate() const;
 
@@ -51,6 +53,8 @@ class Stream {
     int descriptor_;
     std::unique_ptr<SSL, FreeWith<SSL_free>> session_;
     std::string server_name_;
+    std::string failure_;
+    bool cut_on_purpose_ = false;
     const std::function<Admission(const std::string &)> *admit_ = nullptr;
 };
 

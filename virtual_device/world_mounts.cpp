@@ -23,6 +23,8 @@ namespace {
 
 constexpr const char *kHostEtc = "/run/world/host_etc";
 constexpr const char *kCovered[] = {"/tmp", "/mnt", "/run", "/dev"};
+// Folders that are the world's own: what the machine has there is never shown.
+constexpr const char *kOwn[] = {"/tmp/app", "/mnt/data/iss_config", kDeviceDir, "/run/world"};
 
 [[noreturn]] void fail(const std::string &step) {
     throw std::system_error(errno, std::generic_category(), step);
@@ -67,13 +69,23 @@ class Held {
     int fd_;
 };
 
+bool would_be_hidden(const std::string &path) {
+    return std::any_of(std::begin(kCovered), std::end(kCovered),
+                       [&](const char *folder) { return lies_under(path, folder); });
+}
+
+bool clashes_with_own(const std::string &path) {
+    return std::any_of(std::begin(kOwn), std::end(kOwn), [&](const char *folder) {
+        return path == folder || lies_under(path, folder) || lies_under(folder, path);
+    });
+}
+
 std::vector<Held> hold_folders(const std::vector<std::string> &keep) {
     std::vector<std::string> real;
     for (const std::string &path : keep) {
         std::error_code missing;
         const std::string resolved = fs::canonical(path, missing).string();
-        const auto covers = [&](const char *folder) { return lies_under(resolved, folder); };
-        if (!missing && std::any_of(std::begin(kCovered), std::end(kCovered), covers))
+        if (!missing && would_be_hidden(resolved) && !clashes_with_own(resolved))
             real.push_back(resolved);
     }
     std::sort(real.begin(), real.end());

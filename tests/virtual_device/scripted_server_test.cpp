@@ -1,6 +1,5 @@
 #include "scripted_server.h"
 
-#define CPPHTTPLIB_OPENSSL_SUPPORT
 #include <httplib.h>
 
 #include "world_test.h"

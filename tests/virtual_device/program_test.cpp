@@ -1,0 +1,211 @@
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "world_test.h"
+
+namespace {
+
+struct Finished {
+    int status = 0;
+    std::string output;
+};
+
+Finished virtual_device(const std::string &arguments) {
+    Finished run;
+    FILE *pipe = popen((VIRTUAL_DEVICE " " + arguments + " 2>&1").c_str(), "r");
+    for (int c = 0; pipe && (c = fgetc(pipe)) != EOF;)
+        run.output += static_cast<char>(c);
+    const int status = pclose(pipe);
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return run;
+}
+
+int process_count() {
+    int count = 0;
+    for (const auto &entry : std::filesystem::directory_iterator("/proc"))
+        count += std::isdigit(static_cast<unsigned char>(entry.path().filename().c_str()[0])) != 0;
+    return count;
+}
+
+template <class Condition>
+bool eventually(Condition condition) {
+    for (int tries = 0; tries < 1000; ++tries) {
+        if (condition())
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+class VirtualDevice : public world::WorldTest {};
+
+TEST_F(VirtualDevice, TellsTheStoryOfAGoodRun) {
+    const Finished run = virtual_device("run --scenario segmentrace");
+    EXPECT_EQ(run.status, 0) << run.output;
+    for (const char *part : {"main 900 segmentrace", "POST  https://", "PUT   https://", "equal",
+                             "removed /mnt/data/iss_config/segmentrace.txt", "All as it should be"})
+        EXPECT_NE(run.output.find(part), std::string::npos) << part << run.output;
+    EXPECT_EQ(run.output.find('\x1b'), std::string::npos) << "no colours but on a terminal";
+}
+
+TEST_F(VirtualDevice, ADifferenceFailsAndIsShown) {
+    const std::string folder = std::filesystem::path(VIRTUAL_DEVICE).parent_path();
+    world::write_file("/tmp/odd/odd.json", R"({"about": "a", "run": ["kdump coredump"]})");
+    world::write_file("/tmp/odd/odd.expected",
+                      "== run: kdump coredump\nexit 0\n== console\nmain 7\n");
+    const Finished run = virtual_device("run --check --scenario /tmp/odd/odd.json");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("-main 7\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("+main 1491\n"), std::string::npos) << run.output;
+}
+
+TEST_F(VirtualDevice, PassesOutputAndStatusOfACommand) {
+    const Finished run =
+        virtual_device("run -- sh -c 'echo here; cat /proc/sys/kernel/hostname; exit 7'");
+    EXPECT_EQ(run.status, 7);
+    EXPECT_NE(run.output.find("here\ndevice\n"), std::string::npos) << run.output;
+}
+
+TEST_F(VirtualDevice, WritesTheWholeRecord) {
+    ASSERT_EQ(virtual_device("run --scenario RAM --json /tmp/record.json").status, 0);
+    const auto record = nlohmann::json::parse(world::read_file("/tmp/record.json"));
+    EXPECT_EQ(record["requests"].size(), 4u);
+    EXPECT_EQ(record["requests"][3]["body_sha256"], record["stored"][0]["sha256"]);
+    EXPECT_GT(record["requests"][1]["ended"], record["requests"][1]["started"]);
+    EXPECT_TRUE(record["files_before"].contains("/tmp/cloud_dbg.txt"));
+    EXPECT_FALSE(record["files_after"].contains("/tmp/cloud_dbg.txt"));
+    EXPECT_EQ(record["local_service"]["/api/system/settings/ledblink"]["systemLED"], "solidLight");
+}
+
+TEST_F(VirtualDevice, ListsScenariosAndExplainsItself) {
+    EXPECT_NE(virtual_device("scenarios").output.find("upload-drops-midway"), std::string::npos);
+    for (const char *of : {"", "run", "shell", "serve", "scenarios"})
+        EXPECT_EQ(virtual_device(std::string(of) + " --help").status, 0) << of;
+    EXPECT_NE(virtual_device("").status, 0);
+    const Finished run = virtual_device("run --scenario nonsense");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("virtual_device scenarios"), std::string::npos) << run.output;
+}
+
+TEST_F(VirtualDevice, TheShellKnowsTheProgram) {
+    const Finished run = virtual_device("shell </dev/null");
+    EXPECT_NE(run.output.find("virtual-device"), std::string::npos) << run.output;
+    world::write_file("/tmp/typed", "kdump coredump\npwd\nexit\n");
+    const Finished typed = virtual_device("shell </tmp/typed");
+    EXPECT_NE(typed.output.find("main 1491"), std::string::npos) << typed.output;
+    EXPECT_NE(typed.output.find("/run/device"), std::string::npos) << typed.output;
+}
+
+TEST_F(VirtualDevice, TwoDoNotSeeEachOther) {
+    const std::string one =
+        " run -- sh -c 'echo mine >/tmp/mark; sleep 0.5; cat /tmp/mark; "
+        "curl --version >/dev/null; ls /tmp/theirs 2>/dev/null; kdump segmentrace'";
+    const std::string other =
+        " run -- sh -c 'echo other >/tmp/mark; echo x >/tmp/theirs; sleep 0.5; "
+        "cat /tmp/mark; kdump segmentrace'";
+    Finished second;
+    std::thread beside([&] { second = virtual_device(other); });
+    const Finished first = virtual_device(one);
+    beside.join();
+    EXPECT_NE(first.output.find("mine\n"), std::string::npos) << first.output;
+    EXPECT_EQ(first.output.find("/tmp/theirs\n"), std::string::npos) << first.output;
+    EXPECT_NE(second.output.find("other\n"), std::string::npos) << second.output;
+    for (const std::string &output : {first.output, second.output})
+        EXPECT_NE(output.find("equal"), std::string::npos) << output;
+}
+
+// Started from a folder that the device has one of its own of.
+TEST_F(VirtualDevice, KeepsItsOwnFoldersApartFromTheCallers) {
+    world::write_file(std::string(world::kDeviceDir) + "/mine", "x");
+    world::write_file("/tmp/work/mine", "y");
+    EXPECT_EQ(virtual_device("run -- test -e mine").status, 1);
+    EXPECT_EQ(virtual_device("run -- cat /tmp/work/mine").status, 1);
+    std::filesystem::current_path("/tmp/work");
+    EXPECT_EQ(virtual_device("run -- cat /tmp/work/mine").status, 0) << "the caller's folder";
+    std::filesystem::current_path(world::kDeviceDir);
+}
+
+TEST_F(VirtualDevice, KilledItLeavesNothing) {
+    const std::string mounts = world::read_file("/proc/self/mountinfo");
+    const int processes = process_count();
+    const pid_t device = fork();
+    if (device == 0) {
+        (void)!freopen("/tmp/serve.out", "w", stdout);
+        execl(VIRTUAL_DEVICE, "virtual_device", "serve", nullptr);
+        _exit(127);
+    }
+    ASSERT_TRUE(eventually([] {
+        return world::read_file_if_any("/tmp/serve.out").find("The device is up") !=
+               std::string::npos;
+    }));
+    EXPECT_GE(process_count(), processes + 3);
+    kill(device, SIGKILL);
+    waitpid(device, nullptr, 0);
+    EXPECT_TRUE(eventually([&] { return process_count() == processes; }));
+    EXPECT_EQ(world::read_file("/proc/self/mountinfo"), mounts);
+    EXPECT_EQ(world::list_files("/tmp"), std::vector<std::string>{"/tmp/serve.out"});
+}
+
+TEST_F(VirtualDevice, ServesUntilInterrupted) {
+    const pid_t device = fork();
+    if (device == 0) {
+        (void)!freopen("/tmp/serve.out", "w", stdout);
+        execl(VIRTUAL_DEVICE, "virtual_device", "serve", nullptr);
+        _exit(127);
+    }
+    ASSERT_TRUE(eventually([] {
+        return world::read_file_if_any("/tmp/serve.out").find("The device is up") !=
+               std::string::npos;
+    }));
+    kill(device, SIGINT);
+    int status = 0;
+    waitpid(device, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_NE(world::read_file("/tmp/serve.out").find("Requests, in order"), std::string::npos);
+}
+
+// As a container's filter does: unshare() is not permitted.
+void forbid_namespaces() {
+    struct sock_filter refuse[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(struct seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_unshare, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const struct sock_fprog program = {4, refuse};
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
+        _exit(126);
+}
+
+TEST_F(VirtualDevice, SaysWhatForbidsNamespaces) {
+    const pid_t device = fork();
+    if (device == 0) {
+        (void)!freopen("/tmp/refused", "w", stderr);
+        forbid_namespaces();
+        execl(VIRTUAL_DEVICE, "virtual_device", "run", "--", "true", nullptr);
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(device, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    const std::string said = world::read_file("/tmp/refused");
+    for (const char *setting : {"user.max_user_namespaces", "kernel.unprivileged_userns_clone",
+                                "kernel.apparmor_restrict_unprivileged_userns", "--privileged"})
+        EXPECT_NE(said.find(setting), std::string::npos) << said;
+}
+
+}  // namespace
