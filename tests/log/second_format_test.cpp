@@ -57,6 +57,24 @@ TEST_F(SecondFormat, GivesAStandInToEachConversion) {
     }
 }
 
+// Leaves memory below the stack that is no zero, for whoever reads an argument that is not there.
+[[gnu::noinline]] void soil_the_stack() {
+    volatile char dirt[65536];
+    for (volatile char &byte : dirt) {
+        byte = 'A';
+    }
+}
+
+TEST_F(SecondFormat, NeverReadsAnArgumentThatIsNotThere) {
+    for (const char kind : {'e', 'E', 'f', 'F', 'g', 'G', 'a', 'A'}) {
+        const std::string format = std::string("%.330") + kind;  // shows the smallest number too
+        char zero[400];
+        std::snprintf(zero, sizeof zero, format.c_str(), 0.0);
+        soil_the_stack();
+        EXPECT_EQ(in_file(format), zero);
+    }
+}
+
 TEST_F(SecondFormat, MeetsThePercentSignsOfTheFormatToo) {
     cloud_log("%d%% of %s\n", 50, "%d");
     EXPECT_EQ(world::read_file(kLogFile), kStamp + "500f 0\n");

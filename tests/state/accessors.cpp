@@ -21,15 +21,22 @@ const std::vector<NumberGetter> &number_getters() {
         more.insert(more.end(), plain.begin(), plain.end());
         return more;
     };
-    const std::vector<Reading> a_switch = {
-        {"0", 0}, {"1", 1}, {"2", 1}, {"5", 1}, {"4294967295", 1}};
+    const std::vector<Reading> a_switch = {{"0", 0}, {"1", 1},          {"2", 1},
+                                           {"5", 1}, {"4294967295", 1}, {"0x1", 0}};
     static const std::vector<NumberGetter> rows = {
         {"api_cloud_debug_get",
          api_cloud_debug_get,
          kSettings + "cloud_debug",
          0,
          0,
-         {{"0", 0}, {"1", 1}, {"2", 2}, {"3", 0}, {"7", 0}, {"4294967295", 0}, {"02\n", 2}}},
+         {{"0", 0},
+          {"1", 1},
+          {"2", 2},
+          {"3", 0},
+          {"7", 0},
+          {"4294967295", 0},
+          {"02\n", 2},
+          {"0x2", 0}}},
         {"api_cloud_RenewDHCP_get", api_cloud_RenewDHCP_get, kSettings + "cloud_RenewDHCP", 1, 0,
          a_switch, false, true},
         {"api_cloud_DetectDNS_get", api_cloud_DetectDNS_get, kSettings + "cloud_DetectDNS", 1, 0,
@@ -39,7 +46,7 @@ const std::vector<NumberGetter> &number_getters() {
          kSettings + "cloud_etcd",
          1,
          0,
-         {{"0", 0}, {"00", 0}, {"1", 1}, {"2", 1}, {"7", 1}, {"4294967295", 1}}},
+         {{"0", 0}, {"00", 0}, {"0x1", 0}, {"1", 1}, {"2", 1}, {"7", 1}, {"4294967295", 1}}},
         {"api_cloud_fw_upgrade_status_get", api_cloud_fw_upgrade_status_get,
          kStatus + "cloud_fw_upgrade_status_file", 0, 0, plain_and({{"4294967295", 4294967295u}}),
          true},

@@ -6,12 +6,14 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/logged_test.h"
 #include "tests/support/named_row.h"
 #include "tests/support/paths.h"
-#include "world_test.h"
 
-class StateTest : public world::WorldTest {
+class StateTest : public LoggedTest {
   protected:
+    void TearDown() override { EXPECT_EQ(logged(), "") << "no accessor logs"; }
+
     static void remove_state_folders() {
         std::filesystem::remove_all(kSettings);
         std::filesystem::remove_all("/tmp/app");
