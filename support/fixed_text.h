@@ -38,7 +38,7 @@ class FixedText {
         }
     }
 
-    char buffer_[Size] = "";
+    char buffer_[Size] = {};
 };
 
 #endif
