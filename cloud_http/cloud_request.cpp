@@ -5,17 +5,16 @@
 #include "log/log.h"
 #include "support/fixed_text.h"
 
-CloudRequest::CloudRequest(const char *url) noexcept : handle_(curl_easy_init()) {
-    set_text(handle(), CURLOPT_URL, url);
-    set_no_session_cache(handle());
+CloudRequest::CloudRequest(const char *url) noexcept : transfer_(url) {
+    transfer_.set_no_session_cache();
 }
 
 void CloudRequest::use_client_certificate() noexcept {
-    set_text(handle(), CURLOPT_SSLCERT, "CRT");
-    set_text(handle(), CURLOPT_SSLKEY, "KEY");
-    set_long(handle(), CURLOPT_USE_SSL, CURLUSESSL_ALL);
-    set_long(handle(), CURLOPT_SSL_VERIFYPEER, 0);
-    set_long(handle(), CURLOPT_SSL_VERIFYHOST, 0);
+    transfer_.set_text(CURLOPT_SSLCERT, "CRT");
+    transfer_.set_text(CURLOPT_SSLKEY, "KEY");
+    transfer_.set_long(CURLOPT_USE_SSL, CURLUSESSL_ALL);
+    transfer_.set_long(CURLOPT_SSL_VERIFYPEER, 0);
+    transfer_.set_long(CURLOPT_SSL_VERIFYHOST, 0);
 }
 
 void CloudRequest::set_content_type(const char *type) noexcept {
@@ -23,11 +22,14 @@ void CloudRequest::set_content_type(const char *type) noexcept {
     line.format("Content-Type: %s", type);
     cloud_log("curl_slist_append(): %s\n", line.c_str());
     headers_.reset(curl_slist_append(nullptr, line.c_str()));
+    if (!headers_) {
+        transfer_.miss_memory();
+    }
 }
 
 void CloudRequest::collect_reply() noexcept {
-    reply_.collect(handle());
-    set_pointer(handle(), CURLOPT_HTTPHEADER, headers_.get());
+    transfer_.collect_reply(reply_);
+    transfer_.set_pointer(CURLOPT_HTTPHEADER, headers_.get());
 }
 
 void CloudRequest::use_device_proxy(const char *function, int site) noexcept {
@@ -35,17 +37,16 @@ void CloudRequest::use_device_proxy(const char *function, int site) noexcept {
         return;
     }
     cloud_log("\n%s %d g_proxy_server \"%s\"\n\n", function, site, g_proxy_server);
-    set_text(handle(), CURLOPT_PROXY, g_proxy_server);
-    set_long(handle(), CURLOPT_PROXY_SSL_VERIFYPEER, 0);
-    set_long(handle(), CURLOPT_HTTPPROXYTUNNEL, 1);
+    transfer_.set_text(CURLOPT_PROXY, g_proxy_server);
+    transfer_.set_long(CURLOPT_PROXY_SSL_VERIFYPEER, 0);
+    transfer_.set_long(CURLOPT_HTTPPROXYTUNNEL, 1);
 }
 
 CURLcode CloudRequest::perform(long *status) noexcept {
-    const CURLcode result = curl_easy_perform(handle());
-    curl_post_transfer_hook(handle());
-    *status = 0;
-    curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, status);
-    handle_.reset();
+    const CURLcode result = transfer_.perform();
+    curl_post_transfer_hook(transfer_.handle());
+    *status = transfer_.status();
+    transfer_.clean_up();
     headers_.reset();
     return result;
 }

@@ -3,9 +3,7 @@
 #ifndef CLOUDAGENT_CLOUD_HTTP_CLOUD_REQUEST_H
 #define CLOUDAGENT_CLOUD_HTTP_CLOUD_REQUEST_H
 
-#include "cloud_http/curl_options.h"
-#include "cloud_http/reply_text.h"
-#include "support/owned_curl.h"
+#include "cloud_http/transfer.h"
 
 // One request, used once. The methods are called in the order in which they stand here; a request's
 // own options go between them.
@@ -13,7 +11,7 @@ class CloudRequest {
   public:
     explicit CloudRequest(const char *url) noexcept;
 
-    CURL *handle() const noexcept { return handle_.get(); }
+    Transfer &transfer() noexcept { return transfer_; }
 
     // Client certificate CRT and key KEY of the working directory; the server is not verified.
     void use_client_certificate() noexcept;
@@ -36,7 +34,7 @@ class CloudRequest {
   private:
     ReplyText reply_;
     OwnedHeaderList headers_;
-    OwnedCurl handle_;  // refers to the two above, so it goes first
+    Transfer transfer_;  // refers to the two above, so it goes first
 };
 
 #endif

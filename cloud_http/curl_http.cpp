@@ -2,27 +2,22 @@
 
 #include <cstring>
 
-#include "cloud_http/curl_options.h"
-#include "cloud_http/reply_text.h"
+#include "cloud_http/transfer.h"
 #include "log/log.h"
-#include "support/owned_curl.h"
 
 uint32_t curl_http_fail_count = 0;
 
 int curl_http(const char *method, const char *url, char **out, const char *body) noexcept {
-    OwnedCurl handle(curl_easy_init());
-    set_text(handle.get(), CURLOPT_URL, url);
-    set_text(handle.get(), CURLOPT_CUSTOMREQUEST, method);
+    Transfer transfer(url);
+    transfer.set_text(CURLOPT_CUSTOMREQUEST, method);
     if (method == nullptr || std::strcmp(method, "GET") != 0) {
         // Without a text here libcurl would read the body from standard input.
-        set_text(handle.get(), CURLOPT_POSTFIELDS, body != nullptr ? body : "");
+        transfer.set_text(CURLOPT_POSTFIELDS, body != nullptr ? body : "");
     }
     ReplyText reply;
-    reply.collect(handle.get());
-    const int result = curl_easy_perform(handle.get());
-    long status = 0;
-    curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
-    handle.reset();
+    transfer.collect_reply(reply);
+    const int result = transfer.perform();
+    transfer.clean_up();
     if (out != nullptr) {
         *out = reply.release();
     }

@@ -4,8 +4,8 @@
  * Getters: out is a buffer of 1024 bytes that the caller has zeroed beyond its current text. They
  * return 1 when out is null, else 0. A missing override file gives the deployment's default. Of an
  * override file the first word is taken, at most 1023 characters (an empty file leaves out as it
- * is); a word without "https://" anywhere in it gets "https://" before it, at most 255 characters
- * of the whole, copied without a terminator.
+ * is); a word without "https://" anywhere in it gets "https://" before it: at most 255 characters
+ * of the whole go over the word, without a terminator.
  *
  * Setters write url, at most 255 characters of it, as the override file. They return 0, or 1 when
  * the file cannot be opened or url is null.

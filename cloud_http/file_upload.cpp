@@ -32,15 +32,16 @@ struct Attempt {
     long status;
 };
 
-CURLcode transfer(const Upload &upload, std::FILE *file, off_t size, long *status) noexcept {
+CURLcode send(const Upload &upload, std::FILE *file, off_t size, long *status) noexcept {
     CloudRequest request(upload.url);
-    set_text(request.handle(), CURLOPT_CUSTOMREQUEST, "PUT");
-    set_long(request.handle(), CURLOPT_UPLOAD, 1);
-    set_pointer(request.handle(), CURLOPT_READDATA, file);
-    set_size(request.handle(), CURLOPT_INFILESIZE_LARGE, size);
-    set_long(request.handle(), CURLOPT_VERBOSE, 1);
+    Transfer &transfer = request.transfer();
+    transfer.set_text(CURLOPT_CUSTOMREQUEST, "PUT");
+    transfer.set_long(CURLOPT_UPLOAD, 1);
+    transfer.set_pointer(CURLOPT_READDATA, file);
+    transfer.set_size(CURLOPT_INFILESIZE_LARGE, size);
+    transfer.set_long(CURLOPT_VERBOSE, 1);
     request.use_client_certificate();
-    set_long(request.handle(), CURLOPT_FOLLOWLOCATION, 1);
+    transfer.set_long(CURLOPT_FOLLOWLOCATION, 1);
     request.set_content_type("application/octet-stream");
     request.collect_reply();
     request.use_device_proxy(kFunction, 426);
@@ -61,7 +62,7 @@ Attempt attempt(const Upload &upload) noexcept {
     cloud_log("%s %d filename %s uploadUrl %s file size %d flag %d\n", kFunction, 394,
               upload.filename, upload.url, static_cast<int>(status.st_size), upload.flag);
     Attempt result = {true, CURLE_OK, 0};
-    result.code = transfer(upload, file.get(), status.st_size, &result.status);
+    result.code = send(upload, file.get(), status.st_size, &result.status);
     return result;
 }
 

@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 
-#include "cloud_http/curl_options.h"
 #include "cloud_http/http_reply.h"
 
 class ReplyText {
@@ -14,11 +13,8 @@ class ReplyText {
     ReplyText(const ReplyText &) = delete;
     ReplyText &operator=(const ReplyText &) = delete;
 
-    // Makes the transfer's body arrive here.
-    void collect(CURL *handle) noexcept {
-        set_write_callback(handle, http_reply_write);
-        set_pointer(handle, CURLOPT_WRITEDATA, &reply_);
-    }
+    // What http_reply_write is to be handed.
+    HttpReply *record() noexcept { return &reply_; }
 
     // Null when nothing arrived.
     const char *get() const noexcept { return reply_.data; }

@@ -22,16 +22,16 @@ namespace {
 constexpr const char *kFunction = "api_TFA_post_data";
 
 // Once a server list has been read it serves every later request of the process.
-void pin_dns_servers(CURL *handle) noexcept {
+void pin_dns_servers(Transfer &transfer) noexcept {
     if (g_detect_dns == 0) {
         return;
     }
     const bool known =
         g_curl_dns_server[0] != '\0' || (ReadCurlDnsFile() == 0 && g_curl_dns_server[0] != '\0');
     if (known) {
-        set_text(handle, CURLOPT_DNS_SERVERS, g_curl_dns_server);
+        transfer.set_text(CURLOPT_DNS_SERVERS, g_curl_dns_server);
     } else {
-        set_long(handle, CURLOPT_DNS_CACHE_TIMEOUT, 0);
+        transfer.set_long(CURLOPT_DNS_CACHE_TIMEOUT, 0);
     }
 }
 
@@ -75,11 +75,12 @@ int read_reply(const char *reply) noexcept {
 
 int api_TFA_post_data(const char *body) noexcept {
     CloudRequest request(KDUMPS_url);
-    pin_dns_servers(request.handle());
-    set_text(request.handle(), CURLOPT_CUSTOMREQUEST, "POST");
+    Transfer &transfer = request.transfer();
+    pin_dns_servers(transfer);
+    transfer.set_text(CURLOPT_CUSTOMREQUEST, "POST");
     request.use_client_certificate();
-    set_text(request.handle(), CURLOPT_POSTFIELDS, body != nullptr ? body : "");
-    set_long(request.handle(), CURLOPT_FOLLOWLOCATION, 1);
+    transfer.set_text(CURLOPT_POSTFIELDS, body != nullptr ? body : "");
+    transfer.set_long(CURLOPT_FOLLOWLOCATION, 1);
     request.set_content_type("application/json");
     request.collect_reply();
     request.use_device_proxy(kFunction, 289);

@@ -3,13 +3,11 @@
 #include <cstring>
 
 #include "cloud_http/curl_http.h"
-#include "cloud_http/curl_options.h"
 #include "cloud_http/local_service.h"
-#include "cloud_http/reply_text.h"
+#include "cloud_http/transfer.h"
 #include "log/log.h"
 #include "support/fixed_text.h"
 #include "support/owned.h"
-#include "support/owned_curl.h"
 
 namespace {
 
@@ -17,32 +15,30 @@ constexpr const char *kSettingsUrl = LOCAL_SERVICE "system/settings/time";
 
 FixedText<256> time_url;
 
-void set_options(CURL *handle, bool over_tls, char *error_text) noexcept {
-    set_text(handle, CURLOPT_URL, time_url.c_str());
-    set_long(handle, CURLOPT_FAILONERROR, 1);
-    set_pointer(handle, CURLOPT_ERRORBUFFER, error_text);
+void set_options(Transfer &transfer, bool over_tls, char *error_text) noexcept {
+    transfer.set_long(CURLOPT_FAILONERROR, 1);
+    transfer.set_pointer(CURLOPT_ERRORBUFFER, error_text);
     if (over_tls) {
-        set_long(handle, CURLOPT_USE_SSL, CURLUSESSL_ALL);
-        set_long(handle, CURLOPT_SSL_VERIFYPEER, 1);
-        set_text(handle, CURLOPT_CAPATH, "/etc/ssl/certs/");
-        set_no_session_cache(handle);
+        transfer.set_long(CURLOPT_USE_SSL, CURLUSESSL_ALL);
+        transfer.set_long(CURLOPT_SSL_VERIFYPEER, 1);
+        transfer.set_text(CURLOPT_CAPATH, "/etc/ssl/certs/");
+        transfer.set_no_session_cache();
     }
 }
 
 // False when no 200 reply arrived, which is logged.
 bool ask_cloud(bool over_tls, ReplyText &reply) noexcept {
     char error_text[CURL_ERROR_SIZE] = "";
-    const OwnedCurl handle(curl_easy_init());
     cloud_log("url: %s\n", time_url.c_str());
-    set_options(handle.get(), over_tls, error_text);
-    reply.collect(handle.get());
-    set_long(handle.get(), CURLOPT_TIMEOUT, 20);
-    set_long(handle.get(), CURLOPT_CONNECTTIMEOUT, 10);
-    const CURLcode result = curl_easy_perform(handle.get());
-    curl_post_transfer_hook(handle.get());
-    long status = 0;
-    curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
-    curl_info_dump(handle.get());
+    Transfer transfer(time_url.c_str());
+    set_options(transfer, over_tls, error_text);
+    transfer.collect_reply(reply);
+    transfer.set_long(CURLOPT_TIMEOUT, 20);
+    transfer.set_long(CURLOPT_CONNECTTIMEOUT, 10);
+    const CURLcode result = transfer.perform();
+    curl_post_transfer_hook(transfer.handle());
+    const long status = transfer.status();
+    curl_info_dump(transfer.handle());
     if (result != CURLE_OK || status != kHttpOk) {
         cloud_log("curl error (%d) %s\n", static_cast<int>(result), error_text);
         return false;
