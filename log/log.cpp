@@ -36,17 +36,20 @@ OwnedText finished_line(const char *format, std::va_list arguments) noexcept {
         return nullptr;
     }
     char stamp[64];
+    tzset();  // as ctime does: a long-running agent follows a change of the time zone
     const char *const time_text = ctime_r(&now, stamp);
     const int written = std::snprintf(line.get(), size, "[%s", time_text ? time_text : "\n");
     const std::size_t start = static_cast<std::size_t>(written);
-    line[start - 1] = ']';  // over the newline that ends the time
+    line.get()[start - 1] = ']';  // over the newline that ends the time
     std::vsnprintf(line.get() + start, size - start - 1, format, arguments);
     return line;
 }
 
 void write_to_console(const char *line) noexcept {
     const OwnedDescriptor console(open(kConsole, O_WRONLY | O_NOCTTY | O_CLOEXEC));
-    [[maybe_unused]] const ssize_t written = write(console.get(), line, std::strlen(line));
+    if (console.get() >= 0) {
+        [[maybe_unused]] const ssize_t written = write(console.get(), line, std::strlen(line));
+    }
 }
 
 void write_to_file(const char *line) noexcept {

@@ -9,6 +9,7 @@ namespace {
 
 constexpr const char *kFlags = "-+ #0'I";
 constexpr const char *kLengths = "hlLqjztZ";
+constexpr const char *kNoConversions = "hlLqjztZ-+ #0'I.*$123456789";
 constexpr std::size_t kMostDigits = 10;  // of a width or precision that an int can hold
 
 bool is_digit(char c) noexcept { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
@@ -49,6 +50,14 @@ const char *take_number(const char *at, const char *star_value, FixedText<48> &t
     return after;
 }
 
+// One modifier, of which h and l may be doubled.
+const char *skip_length(const char *at) noexcept {
+    if (*at == '\0' || std::strchr(kLengths, *at) == nullptr) {
+        return at;
+    }
+    return (*at == 'h' || *at == 'l') && at[1] == *at ? at + 2 : at + 1;
+}
+
 // at points behind the percent sign.
 Conversion read_conversion(const char *at) noexcept {
     Conversion conversion;
@@ -65,7 +74,7 @@ Conversion read_conversion(const char *at) noexcept {
         conversion.text.append(".");
         at = take_number(at + 1, "0", conversion.text);
     }
-    at += std::strspn(at, kLengths);
+    at = skip_length(at);
     conversion.kind = *at == 'S' ? 's' : *at == 'C' ? 'c' : *at;
     if (conversion.kind != '\0') {
         conversion.text.append("%c", conversion.kind);
@@ -77,6 +86,9 @@ Conversion read_conversion(const char *at) noexcept {
 
 int print(std::FILE *out, const Conversion &conversion) noexcept {
     const char *const format = conversion.text.c_str();
+    if (conversion.kind != '\0' && std::strchr(kNoConversions, conversion.kind) != nullptr) {
+        return std::fputs(format, out);  // no conversion at all: it stands for itself
+    }
     switch (conversion.kind) {
         case 'n':
             return 0;

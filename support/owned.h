@@ -16,8 +16,7 @@ struct CloseFile {
     void operator()(std::FILE *file) const noexcept { std::fclose(file); }
 };
 
-// OwnedText is an array owner, so that line[i] reads as it would on a plain pointer.
-using OwnedText = std::unique_ptr<char[], FreeText>;
+using OwnedText = std::unique_ptr<char, FreeText>;
 using OwnedFile = std::unique_ptr<std::FILE, CloseFile>;
 
 // A file descriptor; negative means none.
