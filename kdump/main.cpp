@@ -8,10 +8,11 @@
 
 namespace {
 
-// All settings come from files and the local service; libcurl and the resolver would read these.
+// Settings come from files and the local service; libraries and tools would read these as well.
 constexpr const char *kForgottenVariables[] = {
-    "http_proxy", "https_proxy",   "HTTPS_PROXY", "all_proxy",   "ALL_PROXY",  "no_proxy",
-    "NO_PROXY",   "SSLKEYLOGFILE", "HOSTALIASES", "LOCALDOMAIN", "RES_OPTIONS"};
+    "http_proxy",  "https_proxy",  "HTTPS_PROXY",     "all_proxy",   "ALL_PROXY",
+    "no_proxy",    "NO_PROXY",     "SSLKEYLOGFILE",   "HOSTALIASES", "LOCALDOMAIN",
+    "RES_OPTIONS", "OPENSSL_CONF", "OPENSSL_MODULES", "TAR_OPTIONS"};
 
 }  // namespace
 

@@ -23,7 +23,7 @@ class TurnFile {
         if (locked_) {
             flock(descriptor_, LOCK_UN);
         }
-        if (descriptor_ != 0) {
+        if (descriptor_ > 0) {
             close(descriptor_);
         }
     }

@@ -210,7 +210,11 @@ uint32_t api_sorvane_list_set(char (*entries)[256], int count, const char *selec
 }
 
 uint32_t api_server_connection_err_set(const char *text, int code) noexcept {
-    write_value(kConnectionError, "%s(%d)", text, code);
+    if (text != nullptr) {
+        TextBuffer error;
+        error.format("%s(%d)", text, code);
+        write_value(kConnectionError, "%s", error.c_str());
+    }
     return kDone;
 }
 

@@ -33,13 +33,15 @@ char *str_case_search(const char *haystack, const char *needle) noexcept {
 
 int api_file_exist(const char *path) noexcept {
     struct stat status;
-    const int exists = stat(path, &status) == 0 ? 1 : 0;
+    const int exists = path != nullptr && stat(path, &status) == 0 ? 1 : 0;
     cloud_log("%s: %i\n\n", path, exists);
     return exists;
 }
 
 int api_file_touch(const char *path) noexcept {
     cloud_log("fpath = %s\n\n", path);
-    const OwnedDescriptor touched(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    if (path != nullptr) {
+        const OwnedDescriptor touched(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    }
     return 0;
 }
