@@ -1,5 +1,8 @@
 #include "device/led.h"
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "device_test.h"
@@ -103,6 +106,24 @@ TEST_F(Led, FailedRemovalIsIgnored) {
     EXPECT_EQ(api_system_led_blink(0), 0);
     EXPECT_EQ(api_system_led_blink(2), 0);
     EXPECT_EQ(asked(), (std::vector<std::string>{kSteady, kSteady}));
+}
+
+TEST_F(Led, OtherAgentsMarkerIsRemovedFirst) {
+    world::write_file(kCloud, "1");
+    world::write_file(kZorbcon, "");
+    const int watch = inotify_init1(IN_NONBLOCK);
+    ASSERT_GE(inotify_add_watch(watch, "/tmp", IN_DELETE), 0);
+    api_system_led_blink(2);
+    alignas(inotify_event) char events[1024];
+    const ssize_t size = read(watch, events, sizeof events);
+    close(watch);
+    std::vector<std::string> removed;
+    for (ssize_t at = 0; at < size;) {
+        const auto *event = reinterpret_cast<const inotify_event *>(events + at);
+        removed.push_back(std::string("/tmp/") + event->name);
+        at += static_cast<ssize_t>(sizeof *event + event->len);
+    }
+    EXPECT_EQ(removed, (std::vector<std::string>{kZorbcon, kCloud}));
 }
 
 TEST_F(Led, OtherAgentsMarkerCountsByItsExistenceAlone) {
