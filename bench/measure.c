@@ -1,6 +1,7 @@
 /*
- * measure FILE COMMAND [ARGUMENT...]: runs the command and appends one JSON line to FILE: wall, user
- * and system time in seconds, the command's peak resident memory in KiB. Ends as the command ends.
+ * measure FILE COMMAND [ARGUMENT...]: runs the command and appends one JSON line to FILE: wall,
+ * user and system time in seconds, the command's peak resident memory in KiB. Ends as the command
+ * ends.
  *
  * Small and in C, because a process starts out with the peak memory of the one that started it.
  */

@@ -2,7 +2,13 @@
 # cloudagent::cjson; the installed package makes targets of the same names.
 
 option(CLOUD_SYSTEM_CURL "Use the system's libcurl instead of the one script/bootstrap builds" OFF)
+option(CLOUD_DEVICE "Link everything but libc into one small program" OFF)
 set(CLOUD_DEPS_DIR "${PROJECT_SOURCE_DIR}/.deps" CACHE PATH "What script/bootstrap filled")
+
+if(CLOUD_DEVICE)
+    include(config/device_build.cmake)
+    return()
+endif()
 
 find_package(OpenSSL REQUIRED)
 find_package(PkgConfig REQUIRED)

@@ -23,7 +23,9 @@ print_help() {
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then
         "$@"
-    else
+    elif command -v sudo >/dev/null; then
         sudo "$@"
+    else
+        die "this takes root, and there is no sudo: $*"
     fi
 }

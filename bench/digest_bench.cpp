@@ -1,0 +1,54 @@
+// The signer beside OpenSSL's own HMAC, both to hex digits.
+#include <benchmark/benchmark.h>
+#include <openssl/evp.h>
+#include <openssl/hmac.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "state/digest.h"
+
+namespace {
+
+constexpr const char *kKey = "0b1946c1-8f0e-4a57-9d0a-6d3a66a4f0d2";
+constexpr std::size_t kHexSize = 65;
+
+std::string message(const benchmark::State &state) {
+    return std::string(static_cast<std::size_t>(state.range(0)), 'm');
+}
+
+void openssl_hmac(benchmark::State &state) {
+    const std::string text = message(state);
+    char hex[kHexSize];
+    for (auto _ : state) {
+        unsigned char digest[EVP_MAX_MD_SIZE];
+        unsigned length = 0;
+        HMAC(EVP_sha256(), kKey, static_cast<int>(std::strlen(kKey)),
+             reinterpret_cast<const unsigned char *>(text.data()), text.size(), digest, &length);
+        for (unsigned i = 0; i < length; ++i) {
+            std::snprintf(hex + 2 * i, 3, "%02x", digest[i]);
+        }
+        benchmark::DoNotOptimize(hex);
+    }
+}
+
+void signer(benchmark::State &state) {
+    const std::string text = message(state);
+    char hex[kHexSize];
+    for (auto _ : state) {
+        hmac_sha256_hex(text.c_str(), kKey, hex, sizeof hex);
+        benchmark::DoNotOptimize(hex);
+    }
+}
+
+void sizes(benchmark::internal::Benchmark *bench) {
+    bench->ArgName("bytes")->RangeMultiplier(8)->Range(64, 1 << 20)->Unit(benchmark::kMicrosecond);
+}
+
+BENCHMARK(openssl_hmac)->Apply(sizes);
+BENCHMARK(signer)->Apply(sizes);
+
+}  // namespace
+
+BENCHMARK_MAIN();

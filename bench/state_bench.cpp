@@ -1,0 +1,56 @@
+// Reading and writing a one-value state file beside plain stdio. Runs in a private world, because
+// state files have fixed places.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+
+#include "private_world.h"
+#include "state/credentials.h"
+
+namespace {
+
+constexpr const char *kFile = "/tmp/app/cloud_tmp/seqno_file";
+
+void plain_write(benchmark::State &state) {
+    for (auto _ : state) {
+        std::FILE *const file = std::fopen(kFile, "w");
+        std::fprintf(file, "%d", 4711);
+        std::fclose(file);
+    }
+}
+
+void setter(benchmark::State &state) {
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(api_omcloud_seqno_set(4711));
+    }
+}
+
+void plain_read(benchmark::State &state) {
+    int value = 0;
+    for (auto _ : state) {
+        std::FILE *const file = std::fopen(kFile, "r");
+        benchmark::DoNotOptimize(std::fscanf(file, "%d", &value));
+        std::fclose(file);
+    }
+}
+
+void getter(benchmark::State &state) {
+    int32_t value = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(api_omcloud_seqno_get(&value));
+    }
+}
+
+BENCHMARK(plain_write);
+BENCHMARK(setter);
+BENCHMARK(plain_read);
+BENCHMARK(getter);
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    world::enter();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

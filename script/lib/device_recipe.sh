@@ -1,0 +1,122 @@
+# How everything that a device's program holds beside the product is built: OpenSSL, c-ares, cJSON
+# and libcurl, static, small, for any toolchain; for other machines GoogleTest too. Needs common.sh, debian_source.sh, curl_recipe.sh.
+# shellcheck shell=bash
+
+# Small, and left to the final link to throw away what is not used.
+device_cflags='-Os -fPIC -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables'
+device_cflags+=' -fstack-protector-strong -DNDEBUG'
+link_time_cflags='-flto -ffat-lto-objects'
+
+# A TLS 1.2 and 1.3 client and the digests. RSA, ECDSA, Ed25519, ECDHE, X25519, AES, ChaCha20, SHA-2,
+# SHA-1, MD5, the assembler code and the error texts stay.
+openssl_options=(
+    no-shared no-tests no-module no-dso no-engine no-dynamic-engine no-afalgeng no-loadereng
+    no-legacy no-autoload-config no-async no-ui-console no-ssl-trace no-filenames
+    no-ssl3 no-tls1 no-tls1_1 no-dtls no-srtp no-srp no-psk no-nextprotoneg no-ktls
+    no-comp no-ct no-ts no-cms no-cmp no-ocsp no-rfc3779
+    no-dh no-dsa no-ec2m no-aria no-bf no-blake2 no-camellia no-cast no-cmac no-des no-gost no-idea
+    no-md4 no-mdc2 no-ocb no-rc2 no-rc4 no-rmd160 no-scrypt no-seed no-siphash no-siv no-sm2 no-sm3
+    no-sm4 no-whirlpool
+)
+
+# On top of curl_options: a library of one program needs even less.
+device_curl_options=(--disable-shared --disable-crypto-auth --disable-dateparse --disable-socketpair)
+
+# Sets target_name, toolchain_file and target_packages from the word after --target. A device built
+# for on this machine needs no toolchain file; with one, the unit tests need GoogleTest's source.
+choose_target() {
+    target_name=$(basename "$1" .cmake)
+    toolchain_file=
+    target_packages=()
+    case $1 in
+    native) return ;;
+    *.cmake) toolchain_file=$(realpath "$1") ;;
+    *) toolchain_file=$project_root/packaging/toolchains/$1.cmake ;;
+    esac
+    [ -f "$toolchain_file" ] || die "there is no toolchain file $toolchain_file"
+    target_packages=(googletest qemu-user-static)
+    case $1 in
+    arm64) target_packages+=(g++-aarch64-linux-gnu) ;;
+    armhf) target_packages+=(g++-arm-linux-gnueabihf) ;;
+    mipsel) target_packages+=(g++-mipsel-linux-gnu) ;;
+    esac
+}
+
+# Learns about the toolchain file $1 (empty: this machine's own compiler); sets target_machine,
+# target_processor, target_cc, target_cflags, target_ar and target_ranlib.
+read_toolchain() {
+    cmake -S "$project_root/script/lib/toolchain_facts" -B facts --toolchain "$1"
+    # shellcheck source=/dev/null
+    . facts/facts.sh
+}
+
+# OpenSSL's name for the processor $1.
+openssl_target() {
+    case $1 in
+    x86_64) echo linux-x86_64 ;;
+    i?86) echo linux-x86 ;;
+    aarch64) echo linux-aarch64 ;;
+    arm*) echo linux-armv4 ;;
+    mips64*) echo linux64-mips64 ;;
+    mips*) echo linux-mips32 ;;
+    riscv64) echo linux64-riscv64 ;;
+    *64*) echo linux-generic64 ;;
+    *) echo linux-generic32 ;;
+    esac
+}
+
+build_openssl() {
+    mkdir openssl-build
+    (
+        cd openssl-build
+        CC=$target_cc AR=$target_ar RANLIB=$target_ranlib \
+            CFLAGS="$target_cflags $device_cflags $link_time_cflags" \
+            ../openssl/Configure "$(openssl_target "$target_processor")" --prefix="$1" --libdir=lib \
+            --openssldir=/etc/ssl "${openssl_options[@]}"
+        make -j"$(nproc)" ENGINESDIR=/usr/lib MODULESDIR=/usr/lib build_libs
+        make install_dev
+    )
+}
+
+# Builds the CMake project $1 into $2 with toolchain file $3 and the options that follow.
+build_with_cmake() {
+    cmake -S "$1" -B "$1-build" --toolchain "$3" -DCMAKE_BUILD_TYPE=None \
+        -DCMAKE_C_FLAGS_NONE="$device_cflags $link_time_cflags" -DCMAKE_AR="$target_ar" \
+        -DCMAKE_RANLIB="$target_ranlib" -DCMAKE_INSTALL_PREFIX="$2" -DCMAKE_INSTALL_LIBDIR=lib \
+        "${@:4}"
+    cmake --build "$1-build" -j"$(nproc)" --target install
+}
+
+# Only the build optimises at link time: it would make each of configure's trials slower.
+build_device_curl() {
+    local cflags="$target_cflags $device_cflags"
+    (
+        cd curl
+        prepare_curl_source
+        PKG_CONFIG_LIBDIR=$1/lib/pkgconfig CC=$target_cc AR=$target_ar RANLIB=$target_ranlib \
+            CFLAGS=$cflags ./configure --prefix="$1" --host="$target_machine" \
+            "${curl_options[@]}" "${device_curl_options[@]}" --with-openssl="$1" \
+            --enable-ares="$1"
+        make -C lib -j"$(nproc)" CFLAGS="$cflags $link_time_cflags" install
+        make -C include install
+    )
+}
+
+# Builds all four with toolchain file $2 (may be empty) into the folder $1, in the current folder.
+build_device_dependencies() {
+    local package
+    for package in openssl c-ares cjson curl; do
+        fetch_debian_source "$package" "$package"
+    done
+    read_toolchain "$2"
+    build_openssl "$1"
+    build_with_cmake c-ares "$1" "$2" \
+        -DCARES_STATIC=ON -DCARES_SHARED=OFF -DCARES_BUILD_TOOLS=OFF
+    build_with_cmake cjson "$1" "$2" \
+        -DBUILD_SHARED_LIBS=OFF -DENABLE_CJSON_TEST=OFF -DENABLE_CUSTOM_COMPILER_FLAGS=OFF
+    build_device_curl "$1"
+    if [ -n "$2" ]; then
+        cp -r /usr/src/googletest .
+        build_with_cmake googletest "$1" "$2"
+    fi
+}
