@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include "call_trace.h"
 #include "cloud_http/curl_http.h"
@@ -159,13 +160,80 @@ TEST_F(AllocationTest, TheUrlThatCannotBeKeptIsAnError) {
     EXPECT_EQ(g_upload_url, upload_url);
 }
 
-TEST_F(AllocationTest, ARequestGoesOutWithoutItsHeaderList) {
+struct Setting : NamedRow {
+    CURLoption option;
+};
+
+class OptionWithoutMemory : public AllocationTest, public testing::WithParamInterface<Setting> {
+  protected:
+    OptionWithoutMemory() {
+        publish_proxy(R"("enable":true,"proxyServer":"127.0.0.1","proxyServerPort":9)");
+        std::memcpy(g_curl_dns_server, "127.0.0.1", 10);
+        g_detect_dns = 1;
+        cloud.on("*", {world::json_reply(R"({"message":"OK"})")});
+    }
+
+    static int calls_of(const std::string &lines, const std::string &call) {
+        return count_of(trace::of_handle(lines, 1), call + "\n");
+    }
+
+    world::ScriptedServer cloud{plain_cloud()};
+};
+
+// A request with an option missing would be another request.
+TEST_P(OptionWithoutMemory, KeepsARequestFromGoingOut) {
+    trace::faults.options = {{GetParam().option, CURLE_OUT_OF_MEMORY}};
+    api_TFA_post_data("{}");
+    const std::string lines = trace::stop();
+    EXPECT_EQ(calls_of(lines, "perform into {2, null, 0}"), 0);
+    EXPECT_EQ(calls_of(lines, "hook"), 1);
+    EXPECT_EQ(calls_of(lines, "cleanup"), 1);
+    EXPECT_TRUE(cloud.requests().empty());
+    EXPECT_THAT(console.text_without_stamps(), testing::EndsWith("TFA curl error : 27\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, OptionWithoutMemory,
+    testing::Values(Setting{"Url", CURLOPT_URL}, Setting{"DnsServers", CURLOPT_DNS_SERVERS},
+                    Setting{"Method", CURLOPT_CUSTOMREQUEST},
+                    Setting{"Certificate", CURLOPT_SSLCERT}, Setting{"Key", CURLOPT_SSLKEY},
+                    Setting{"Body", CURLOPT_POSTFIELDS}, Setting{"Headers", CURLOPT_HTTPHEADER},
+                    Setting{"Proxy", CURLOPT_PROXY}),
+    RowName());
+
+TEST_F(AllocationTest, ALocalRequestWithoutItsMethodIsNotSent) {
+    trace::faults.options = {{CURLOPT_CUSTOMREQUEST, CURLE_OUT_OF_MEMORY}};
+    EXPECT_EQ(http_patch(kThing, "b", nullptr), CURLE_OUT_OF_MEMORY);
+    EXPECT_TRUE(local_service->requests().empty());
+    EXPECT_EQ(console.text_without_stamps(), "\ncurl_http 1318 : method PATCH fail error 27\n\n");
+    EXPECT_EQ(curl_http_fail_count, 1u);
+}
+
+TEST_F(AllocationTest, AnUploadWithoutItsHeaderListIsNotSent) {
     world::ScriptedServer cloud(plain_cloud());
-    cloud.on("/put", {world::status_reply(200)});
     trace::faults.header_list = true;
-    EXPECT_EQ(upload(0), 0);
-    ASSERT_EQ(cloud.requests().size(), 1u);
-    EXPECT_EQ(cloud.requests()[0].body, kContent);
+    EXPECT_EQ(upload(0), CURLE_OUT_OF_MEMORY);
+    EXPECT_TRUE(cloud.requests().empty());
+    EXPECT_TRUE(world::exists(kDump));
+    EXPECT_THAT(console.text_without_stamps(),
+                testing::EndsWith("api_TFA_post_FILE 439 curl_easy_perform() failed: " +
+                                  std::string(curl_easy_strerror(CURLE_OUT_OF_MEMORY)) + "\n\n"));
+}
+
+// As by a libcurl that was built without the name server options.
+TEST_F(AllocationTest, AnOptionThatLibcurlLacksIsNotInEffect) {
+    world::ScriptedServer cloud(plain_cloud());
+    cloud.on("/kdumps", {world::json_reply(R"({"message":"OK","upload_url":"u"})")});
+    g_detect_dns = 1;
+    std::memcpy(g_curl_dns_server, "127.0.0.1", 10);
+    for (const CURLcode refusal :
+         {CURLE_UNKNOWN_OPTION, CURLE_NOT_BUILT_IN, CURLE_BAD_FUNCTION_ARGUMENT}) {
+        trace::faults.options = {{CURLOPT_DNS_SERVERS, refusal}};
+        EXPECT_EQ(api_TFA_post_data("{}"), 0);
+        EXPECT_STREQ(g_upload_url, "u");
+        std::free(g_upload_url);
+        g_upload_url = nullptr;
+    }
 }
 
 }  // namespace

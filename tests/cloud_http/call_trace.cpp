@@ -109,6 +109,9 @@ CURL *__wrap_curl_easy_init() {
 CURLcode __real_curl_easy_setopt(CURL *handle, CURLoption option, ...);
 CURLcode __wrap_curl_easy_setopt(CURL *handle, CURLoption option, ...) {
     const std::string begin = name_of(handle) + " " + option_name(option) + " ";
+    const auto fault = faults.options.find(option);
+    if (fault != faults.options.end())
+        return fault->second;
     CURLcode result = CURLE_OK;
     std::va_list arguments;
     va_start(arguments, option);

@@ -13,6 +13,7 @@
 #include <curl/curl.h>
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,11 +30,12 @@ std::string of_handle(const std::string &lines, int handle);
 
 // What is to go wrong or to be answered differently; all back to normal with `faults = {}`.
 struct Faults {
-    bool init = false;                                    // curl_easy_init gives null
-    bool file_status = false;                             // fstat fails
-    bool header_list = false;                             // curl_slist_append gives null
-    bool reallocation = false;                            // realloc gives null
-    size_t allocation_of_bytes = 0;                       // malloc of that size gives null
+    bool init = false;                       // curl_easy_init gives null
+    bool file_status = false;                // fstat fails
+    bool header_list = false;                // curl_slist_append gives null
+    bool reallocation = false;               // realloc gives null
+    std::map<CURLoption, CURLcode> options;  // what curl_easy_setopt gives for some options
+    size_t allocation_of_bytes = 0;          // malloc of that size gives null
     std::function<CURLcode(CURLINFO, void *value)> info;  // answers curl_easy_getinfo
 };
 extern Faults faults;

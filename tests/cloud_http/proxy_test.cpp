@@ -50,7 +50,12 @@ class ProxyTest : public CloudHttpTest {
     Buffer buffer;
 };
 
-TEST_F(ProxyTest, HasRoomFor160Bytes) { EXPECT_EQ(sizeof g_proxy_server, 160u); }
+const bool g_empty_at_start = g_proxy_server[0] == '\0';  // read before the first test
+
+TEST_F(ProxyTest, HasRoomFor160BytesAndIsEmptyAtStart) {
+    EXPECT_EQ(sizeof g_proxy_server, 160u);
+    EXPECT_TRUE(g_empty_at_start);
+}
 
 TEST_F(ProxyTest, AsksTheLocalServiceOncePerCall) {
     c_cloud_proxy_get(buffer.data());

@@ -249,6 +249,12 @@ TEST_F(UploadUrlTest, WritesNothingToStandardError) {
     EXPECT_EQ(world::read_file("/tmp/errors"), "");
 }
 
+// Read before the first test.
+const bool g_all_empty = KDUMPS_url[0] == '\0' && g_upload_url == nullptr && g_detect_dns == 0 &&
+                         g_curl_dns_server[0] == '\0';
+
+TEST(UploadUrlData, IsEmptyAtStart) { EXPECT_TRUE(g_all_empty); }
+
 TEST(UploadUrlData, HasItsSizes) {
     EXPECT_EQ(sizeof KDUMPS_url, 1024u);
     EXPECT_EQ(sizeof g_curl_dns_server, 64u);
