@@ -75,7 +75,16 @@ Admission Cloud::admit(const std::string &server_name) {
     if (server_name == kTimeHost)
         return drops_connection("time", url) ? Admission::cut : Admission::welcome;
     const std::string endpoint = holds(settings_.tfa_hosts, server_name) ? "tfa" : "store";
+    if (is_out(endpoint, url))
+        return Admission::cut;
     return drops_connection(endpoint, url) ? Admission::cut : Admission::welcome_with_certificate;
+}
+
+bool Cloud::is_out(const std::string &part, const std::string &url) {
+    if (std::chrono::steady_clock::now() - start_ >= settings_.outage)
+        return false;
+    note_connection(part, url, "outage");
+    return true;
 }
 
 std::string Cloud::endpoint_of(const Request &request) {

@@ -29,7 +29,8 @@ inline constexpr const char *kTimeHost = "time.example.com";
 struct CloudSettings {
     std::vector<std::string> tfa_hosts;  // every name under which the TFA service is reached
     std::chrono::seconds url_lifetime{300};
-    std::string clock;  // what the time service says; empty: the time it is
+    std::chrono::seconds outage{0};  // from the start: connections are cut
+    std::string clock;               // what the time service says; empty: the time it is
 };
 
 // One upload that the cloud keeps.
@@ -69,7 +70,10 @@ class Cloud : public Service {
     Reply tell_time(const Request &request) const;
     std::string place_of(const Request &request) const;
 
+    bool is_out(const std::string &part, const std::string &url);
+
     const CloudSettings settings_;
+    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::mutex guard_;
     std::map<std::string, UploadUrl> urls_;  // by target
     std::vector<StoredObject> stored_;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "fleet.h"
+
 namespace world {
 
 struct CommonOptions {
@@ -23,5 +25,13 @@ int run_on_device(const CommonOptions &common, const RunOptions &options);
 int open_shell(const CommonOptions &common);
 int serve_device(const CommonOptions &common);
 int list_scenarios();
+
+struct FleetCommandOptions {
+    FleetOptions fleet;
+    std::string json;
+    std::string plot;
+};
+
+int run_fleet_command(const FleetCommandOptions &options);
 
 }  // namespace world

@@ -5,12 +5,42 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdint>
-#include <regex>
+#include <string_view>
 #include <system_error>
 
 namespace world {
+namespace {
+
+// A for a capital letter, a for a small one, 9 for a digit, _ for a digit or a blank.
+constexpr std::string_view kStampShape = "[Aaa Aaa _9 99:99:99 9999]";
+
+bool fits(char c, char shape) {
+    const int code = static_cast<unsigned char>(c);
+    switch (shape) {
+        case 'A':
+            return std::isupper(code) != 0;
+        case 'a':
+            return std::islower(code) != 0;
+        case '9':
+            return std::isdigit(code) != 0;
+        case '_':
+            return c == ' ' || std::isdigit(code) != 0;
+        default:
+            return c == shape;
+    }
+}
+
+bool begins_with_stamp(std::string_view text) {
+    return text.size() >= kStampShape.size() &&
+           std::equal(kStampShape.begin(), kStampShape.end(), text.begin(),
+                      [](char shape, char c) { return fits(c, shape); });
+}
+
+}  // namespace
 
 Console::Console(std::function<void(std::string_view)> arrived)
     : arrived_(std::move(arrived)),
@@ -65,9 +95,16 @@ void Console::clear() {
 }
 
 std::string without_stamps(std::string_view text) {
-    static const std::regex stamp(
-        R"(\[(Mon|Tue|Wed|Thu|Fri|Sat|Sun) [A-Z][a-z]{2} [ \d]\d \d\d:\d\d:\d\d \d{4}\])");
-    return std::regex_replace(std::string(text), stamp, "");
+    std::string rest;
+    rest.reserve(text.size());
+    for (size_t at = 0; at < text.size();) {
+        if (begins_with_stamp(text.substr(at))) {
+            at += kStampShape.size();
+            continue;
+        }
+        rest += text[at++];
+    }
+    return rest;
 }
 
 }  // namespace world

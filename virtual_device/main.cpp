@@ -20,6 +20,20 @@ void add_common(CLI::App *command, world::CommonOptions &options) {
     command->add_flag("--real-time", options.real_time, "sleep for real instead of recording");
 }
 
+void add_fleet(CLI::App *command, world::FleetCommandOptions &options) {
+    world::FleetOptions &fleet = options.fleet;
+    command->add_option("--kdump", fleet.kdump,
+                        "the kdump program, or a command line that ends in it");
+    command->add_option("--devices", fleet.devices, "how many")->check(CLI::Range(1, 1000));
+    command->add_option("--spread", fleet.spread, "seconds over which they start")
+        ->check(CLI::Range(0, 3600));
+    command->add_option("--outage", fleet.outage, "seconds without the cloud")
+        ->check(CLI::Range(0, 3600));
+    command->add_option("--bytes", fleet.bytes, "size of each dump")->check(CLI::Range(0, 1 << 24));
+    command->add_option("--json", options.json, "write the record to this file");
+    command->add_option("--plot", options.plot, "write a plot (SVG) to this file");
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -43,11 +57,18 @@ int main(int argc, char **argv) {
         "serve", "keep the device up until Ctrl-C, showing console and requests");
     add_common(serve_command, common);
     CLI::App *list_command = app.add_subcommand("scenarios", "list what is shipped, one line each");
+    world::FleetCommandOptions fleet;
+    fleet.fleet.kdump = common.kdump;
+    CLI::App *fleet_command = app.add_subcommand(
+        "fleet", "many devices at once, in real time, after an outage of the cloud");
+    add_fleet(fleet_command, fleet);
     CLI11_PARSE(app, argc, argv);
 
     try {
         if (list_command->parsed())
             return world::list_scenarios();
+        if (fleet_command->parsed())
+            return world::run_fleet_command(fleet);
         if (run_command->parsed())
             return world::run_on_device(common, run);
         if (shell_command->parsed())

@@ -11,7 +11,6 @@
 #include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -48,6 +47,20 @@ bool accepts(const std::string &address, int port) {
     execvp(words[0], words.data());
     perror(words[0]);
     _exit(127);
+}
+
+// The word after a phrase, in each line of a log that has it.
+std::vector<std::string> words_after(const std::string &phrase, const std::string &log_path) {
+    std::vector<std::string> words;
+    std::istringstream log(read_file_if_any(log_path));
+    for (std::string line; std::getline(log, line);) {
+        const size_t at = line.find(phrase);
+        if (at == std::string::npos)
+            continue;
+        const size_t from = at + phrase.size();
+        words.push_back(line.substr(from, line.find(' ', from) - from));
+    }
+    return words;
 }
 
 constexpr const char *kNginxConfiguration = R"(
@@ -165,25 +178,13 @@ Peer start_nginx(const Identity &server, const CertificateAuthority &clients) {
 }
 
 std::vector<std::string> proxied_targets() {
-    static const std::regex asked(R"(Request \(file descriptor \d+\): CONNECT (\S+))");
-    std::vector<std::string> targets;
-    std::istringstream log(read_file_if_any(kFolder + "tinyproxy.log"));
-    std::smatch found;
-    for (std::string line; std::getline(log, line);)
-        if (std::regex_search(line, found, asked))
-            targets.push_back(found[1]);
-    return targets;
+    return words_after("): CONNECT ", kFolder + "tinyproxy.log");
 }
 
 std::vector<std::string> dns_queries() {
-    static const std::regex asked(R"(query\[A\] (\S+) from)");
-    std::set<std::string> names;
-    std::istringstream log(read_file_if_any(kFolder + "dnsmasq.log"));
-    std::smatch found;
-    for (std::string line; std::getline(log, line);)
-        if (std::regex_search(line, found, asked))
-            names.insert(found[1]);
-    return {names.begin(), names.end()};
+    const std::vector<std::string> asked = words_after("query[A] ", kFolder + "dnsmasq.log");
+    const std::set<std::string> once(asked.begin(), asked.end());
+    return {once.begin(), once.end()};
 }
 
 std::vector<Exchange> nginx_exchanges() {

@@ -161,6 +161,8 @@ void run_init(const Options &options, const std::vector<std::string> &keep, int 
     _exit(WIFEXITED(status) ? WEXITSTATUS(status) : 1);
 }
 
+}  // namespace
+
 std::vector<std::string> folders_to_keep(const Options &options) {
     std::vector<std::string> keep = options.keep;
     std::error_code none;
@@ -170,8 +172,6 @@ std::vector<std::string> folders_to_keep(const Options &options) {
     keep.push_back(WORLD_BINARY_DIR);
     return keep;
 }
-
-}  // namespace
 
 void enter(const Options &options) {
     const std::vector<std::string> keep = folders_to_keep(options);
@@ -213,6 +213,7 @@ void reset() {
     for (const char *record : {kSleepRecord, kSleepLimit, kRebootRecord})
         std::filesystem::remove(record);
     seed_tree();
+    write_file("/etc/hosts", "127.0.0.1 localhost\n");
 }
 
 int reboot_count() {

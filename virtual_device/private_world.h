@@ -41,6 +41,10 @@ struct Options {
 // standard error and ends the program with status 1.
 void enter(const Options &options = {});
 
+// What enter() keeps reachable: the options' folders, those of the project, its build, the running
+// program and the caller.
+std::vector<std::string> folders_to_keep(const Options &options);
+
 // The world's first process as the machine outside numbers it, for nsenter.
 int outer_process();
 

@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <stdexcept>
 
 #include "command_line.h"
@@ -12,25 +11,13 @@
 #include "expected_text.h"
 #include "files.h"
 #include "json_record.h"
+#include "output_file.h"
 #include "private_world.h"
 #include "progress.h"
 #include "story.h"
 
 namespace world {
 namespace {
-
-struct CloseFile {
-    void operator()(FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<FILE, CloseFile>;
-
-// Opened before the world is entered, where the caller's paths may not exist.
-File open_record(const std::string &path) {
-    File file(path.empty() ? nullptr : std::fopen(path.c_str(), "we"));
-    if (!file && !path.empty())
-        throw std::runtime_error("cannot write " + path);
-    return file;
-}
 
 void write_record(FILE *file, const Scenario &scenario, const Outcome &outcome) {
     if (file == nullptr)
@@ -87,7 +74,7 @@ int run_on_device(const CommonOptions &common, const RunOptions &options) {
     const bool tells = !options.check && !options.bless;
     const std::string expected_file = compares ? expected_path(common) : "";
     const std::string expected = compares ? read_file_if_any(expected_file) : "";
-    const File record = open_record(options.json);
+    const OutputFile record = open_output(options.json);
 
     RunSetup setup;
     setup.kdump = kdump_command(common);

@@ -73,7 +73,6 @@ bool Service::drops_connection(const std::string &endpoint, const std::string &u
     return true;
 }
 
-// A connection that brought no request.
 void Service::note_connection(const std::string &part, const std::string &url,
                               const std::string &mishap) {
     Exchange exchange;

@@ -55,6 +55,9 @@ class Service : public HttpHandler {
         (void)endpoint;
         return {};
     }
+    // Records a connection that brought no request.
+    void note_connection(const std::string &part, const std::string &url,
+                         const std::string &mishap);
     // True when the script of `endpoint` wants this connection dropped; takes that entry.
     bool drops_connection(const std::string &endpoint, const std::string &url);
 
@@ -70,8 +73,6 @@ class Service : public HttpHandler {
         uint64_t noted = 0;  // body bytes, as last shown in the record
     };
 
-    void note_connection(const std::string &part, const std::string &url,
-                         const std::string &mishap);
     std::optional<ScriptedReply> next_of(const std::string &endpoint);
     std::shared_ptr<Open> take_open(size_t number);
     void end(const Request &request, const std::string &digest, const Reply *reply,

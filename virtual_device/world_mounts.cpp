@@ -96,6 +96,13 @@ std::vector<Held> hold_folders(const std::vector<std::string> &keep) {
     return held;
 }
 
+void show_again(const std::vector<Held> &folders) {
+    for (const Held &folder : folders) {
+        fs::create_directories(folder.path());
+        folder.bind_back();
+    }
+}
+
 void make_dev() {
     std::vector<Held> nodes;
     for (const char *name : {"null", "zero", "full", "random", "urandom", "tty", "ptmx", "pts"})
@@ -175,12 +182,20 @@ void build_tree(const std::vector<std::string> &keep) {
     cover("/tmp", "mode=1777");
     cover("/mnt", "mode=755");
     cover("/run", "mode=755");
-    for (const Held &folder : held) {
-        fs::create_directories(folder.path());
-        folder.bind_back();
-    }
+    show_again(held);
     make_etc();
     make_stand_ins();
+    seed_tree();
+    write_file("/etc/hosts", "127.0.0.1 localhost\n");
+}
+
+void renew_tree(const std::vector<std::string> &keep) {
+    do_mount("none", "/", nullptr, MS_REC | MS_PRIVATE);
+    const std::vector<Held> held = hold_folders(keep);
+    cover("/tmp", "mode=1777");
+    cover("/mnt", "mode=755");
+    cover(kDeviceDir, "mode=755");
+    show_again(held);
     seed_tree();
 }
 
@@ -188,7 +203,6 @@ void seed_tree() {
     fs::create_directories("/tmp/app/cloud_tmp");
     fs::create_directories("/mnt/data/iss_config/current_config");
     fs::create_directories(kDeviceDir);
-    write_file("/etc/hosts", "127.0.0.1 localhost\n");
 }
 
 void clear_directory(const std::string &path) {

@@ -10,6 +10,10 @@ namespace world {
 // step that failed. `keep` names folders that stay reachable under their own paths.
 void build_tree(const std::vector<std::string> &keep);
 
+// In a mount namespace of its own inside the world: gives the caller a fresh /tmp, /mnt and
+// working directory, so that several devices can share one loopback. `keep` as above.
+void renew_tree(const std::vector<std::string> &keep);
+
 // Fills the parts of the tree that reset() renews.
 void seed_tree();
 
