@@ -96,9 +96,19 @@ TEST_F(ServerConnectionError, FailureIsNotReported) {
     EXPECT_FALSE(state_folders_exist());
 }
 
-TEST_F(ServerConnectionError, NullTextDoesNoHarm) {
+TEST_F(ServerConnectionError, IsCutAt255Characters) {
+    EXPECT_EQ(api_server_connection_err_set(std::string(252, 'h').c_str(), 7), 0u);
+    EXPECT_EQ(world::read_file(kError), std::string(252, 'h') + "(7)");
+    EXPECT_EQ(api_server_connection_err_set(std::string(253, 'h').c_str(), 7), 0u);
+    EXPECT_EQ(world::read_file(kError), std::string(253, 'h') + "(7");
+    EXPECT_EQ(api_server_connection_err_set(std::string(10000, 'h').c_str(), 7), 0u);
+    EXPECT_EQ(world::read_file(kError), std::string(255, 'h'));
+}
+
+TEST_F(ServerConnectionError, NullTextLeavesTheFileAlone) {
+    world::write_file(kError, "before");
     EXPECT_EQ(api_server_connection_err_set(nullptr, 7), 0u);
-    EXPECT_EQ(world::read_file(kError), "(null)(7)");
+    EXPECT_EQ(world::read_file(kError), "before");
 }
 
 }  // namespace
