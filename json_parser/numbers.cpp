@@ -57,13 +57,25 @@ const char *double_end(const char *begin) noexcept {
     return end;
 }
 
+// At most a rounding error above a whole number, and below 1e60. Without std::floor: for that one
+// call every process would load the mathematics library.
+bool nearly_whole(double value) noexcept {
+    constexpr double kWholeFromHere = 1LL << 53;
+    const double size = std::fabs(value);
+    if (!(size < kWholeFromHere)) {
+        return size < 1e60;
+    }
+    const double part = value - static_cast<double>(static_cast<int64_t>(value));
+    return (part < 0 ? 1 + part : part) <= DBL_EPSILON;
+}
+
 int print_double(const JsonNode &node, char *text) noexcept {
     const double value = node.valuedouble;
     const double size = std::fabs(value);
     if (std::fabs(node.valueint - value) <= DBL_EPSILON && value >= INT_MIN && value <= INT_MAX) {
         return std::snprintf(text, kNumberSpace, "%d", node.valueint);
     }
-    if (std::fabs(std::floor(value) - value) <= DBL_EPSILON && size < 1e60) {
+    if (nearly_whole(value)) {
         return std::snprintf(text, kNumberSpace, "%.0f", value);
     }
     const bool plain = size >= 1e-6 && size <= 1e9;
