@@ -92,6 +92,12 @@ TEST_F(FileHelpers, TouchIgnoresFailure) {
     EXPECT_FALSE(world::exists("/tmp/none"));
 }
 
+TEST_F(FileHelpers, NullPathIsNoFile) {
+    EXPECT_EQ(api_file_exist(nullptr), 0);
+    EXPECT_EQ(api_file_touch(nullptr), 0);
+    EXPECT_EQ(logged(), "(null): 0\n\nfpath = (null)\n\n");
+}
+
 TEST_F(FileHelpers, NothingStaysOpen) {
     const long before = open_descriptors();
     for (int i = 0; i < 10; ++i) {
