@@ -59,8 +59,9 @@ class Held {
             close(fd_);
     }
     bool exists() const { return fd_ >= 0; }
-    void bind_back() const {
-        do_mount("/proc/self/fd/" + std::to_string(fd_), path_, nullptr, MS_BIND | MS_REC);
+    void bind_back() const { bind_to(path_); }
+    void bind_to(const std::string &place) const {
+        do_mount("/proc/self/fd/" + std::to_string(fd_), place, nullptr, MS_BIND | MS_REC);
     }
     const std::string &path() const { return path_; }
 
@@ -128,9 +129,9 @@ void make_dev() {
 }
 
 // The new /etc shows every entry of the machine's, save those the world has its own of.
-void make_etc() {
+void make_etc(const Held &machines) {
     fs::create_directories(kHostEtc);
-    do_mount("/etc", kHostEtc, nullptr, MS_BIND | MS_REC);
+    machines.bind_to(kHostEtc);
     cover("/etc", "mode=755");
     const auto link_entries = [](const fs::path &from, const fs::path &to, const char *without) {
         std::error_code none;
@@ -178,12 +179,14 @@ void build_tree(const std::vector<std::string> &keep) {
     do_mount("none", "/", nullptr, MS_REC | MS_PRIVATE);
     do_mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC);
     const std::vector<Held> held = hold_folders(keep);
+    const Held etc(exists(kHostEtc) ? kHostEtc
+                                    : "/etc");  // the machine's, also from within a world
     make_dev();
     cover("/tmp", "mode=1777");
     cover("/mnt", "mode=755");
     cover("/run", "mode=755");
     show_again(held);
-    make_etc();
+    make_etc(etc);
     make_stand_ins();
     seed_tree();
     write_file("/etc/hosts", "127.0.0.1 localhost\n");

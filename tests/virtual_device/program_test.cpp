@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstddef>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -175,6 +176,43 @@ TEST_F(VirtualDevice, ServesUntilInterrupted) {
     waitpid(device, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     EXPECT_NE(world::read_file("/tmp/serve.out").find("Requests, in order"), std::string::npos);
+}
+
+// Runs kdump with a dump of `size` into a real nginx; the result is the program's peak memory.
+double peak_kb_for(const std::string &size) {
+    world::write_file("/tmp/large/large.json",
+                      R"({"about": "a", "peers": ["nginx"], "run": ["truncate -s )" + size +
+                          R"( /mnt/data/iss_config/segmentrace.txt", "kdump segmentrace"]})");
+    const Finished run = virtual_device(
+        "run --check --scenario /tmp/large/large.json --json /tmp/large/record.json");
+    const auto record =
+        nlohmann::json::parse(world::read_file("/tmp/large/record.json"), nullptr, false);
+    EXPECT_TRUE(record.is_object()) << run.output;
+    EXPECT_EQ(record["stored"].size(), 1u) << run.output;
+    EXPECT_TRUE(record["files_after"].find("/mnt/data/iss_config/segmentrace.txt") ==
+                record["files_after"].end());
+    return record["commands"][1]["peak_kb"];
+}
+
+TEST_F(VirtualDevice, LargeUploadsTakeNoMoreMemory) {
+    const double small = peak_kb_for("1M");
+    EXPECT_NEAR(peak_kb_for(LARGE_DUMP), small, 0.05 * small);
+}
+
+TEST_F(VirtualDevice, AFleetDeliversAfterAnOutage) {
+    const Finished run = virtual_device(
+        "fleet --devices 6 --spread 1 --outage 3 --json /tmp/fleet.json --plot /tmp/fleet.svg");
+    EXPECT_EQ(run.status, 0) << run.output;
+    const auto record = nlohmann::json::parse(world::read_file("/tmp/fleet.json"));
+    EXPECT_EQ(record["stored"], 6);
+    EXPECT_EQ(record["dumps_left"], 0);
+    std::map<std::string, int> seen;
+    for (const auto &request : record["requests"])
+        ++seen[request["service"].get<std::string>() + request["mishap"].get<std::string>()];
+    EXPECT_EQ(seen["tfaoutage"], 6) << "each device met the outage once";
+    EXPECT_EQ(seen["tfa"], 6);
+    EXPECT_EQ(seen["store"], 6);
+    EXPECT_EQ(world::read_file("/tmp/fleet.svg").substr(0, 4), "<svg");
 }
 
 // As a container's filter does: unshare() is not permitted.
