@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "private_world.h"
 #include "state/credentials.h"
@@ -41,10 +42,17 @@ void getter(benchmark::State &state) {
     }
 }
 
-BENCHMARK(plain_write);
-BENCHMARK(setter);
-BENCHMARK(plain_read);
-BENCHMARK(getter);
+// A fixed number of operations, so that system calls can be counted.
+void iterations(benchmark::internal::Benchmark *bench) {
+    const char *const asked = std::getenv("BENCH_ITERATIONS");
+    constexpr int kUsual = 100000;
+    bench->Iterations(asked != nullptr ? std::atoi(asked) : kUsual);
+}
+
+BENCHMARK(plain_write)->Apply(iterations);
+BENCHMARK(setter)->Apply(iterations);
+BENCHMARK(plain_read)->Apply(iterations);
+BENCHMARK(getter)->Apply(iterations);
 
 }  // namespace
 

@@ -8,15 +8,8 @@ set -euo pipefail
 results=$1 build=$2 rounds=$3
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 dump=/mnt/data/iss_config/segmentrace.txt
-
-# Name and command, in turn.
-rivals=(
-    device "$build/device/kdump segmentrace"
-    bare_device "$build/device/bench/bare_upload"
-    release "$build/release/kdump segmentrace"
-    bare_system "$build/device/bench/bare_upload_system"
-    script "$here/rivals/upload.sh"
-)
+# shellcheck source=bench/rivals.sh
+. "$here/rivals.sh"
 
 cat >/tmp/prepare <<'END'
 #!/bin/sh
@@ -39,16 +32,15 @@ upload_under() {
 }
 
 timed=()
-for ((i = 0; i < ${#rivals[@]}; i += 2)); do
-    name=${rivals[i]}
-    read -ra command <<<"${rivals[i + 1]}"
-    timed+=(--command-name "$name" "${rivals[i + 1]}")
+for name in "${rival_names[@]}"; do
+    read -ra command <<<"${rival_commands[$name]}"
+    timed+=(--command-name "$name" "${rival_commands[$name]}")
     rm -f "$results/whole_run.$name".*
     for _ in 1 2 3 4 5; do
         upload_under "$build/device/bench/measure" "$results/whole_run.$name.usage" "${command[@]}"
     done
     upload_under strace -f -c -U calls,name -o "$results/whole_run.$name.calls" "${command[@]}"
-    upload_under valgrind --tool=callgrind --callgrind-out-file=/dev/null --trace-children=no \
+    upload_under valgrind --tool=callgrind --callgrind-out-file=/dev/null --trace-children=yes \
         "${command[@]}"
     sed -n 's/.*Collected : \([0-9]*\).*/\1/p' /tmp/output >"$results/whole_run.$name.instructions"
 done
