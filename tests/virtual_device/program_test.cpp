@@ -131,11 +131,11 @@ TEST_F(VirtualDevice, TwoDoNotSeeEachOther) {
 // Started from a folder that the device has one of its own of.
 TEST_F(VirtualDevice, KeepsItsOwnFoldersApartFromTheCallers) {
     world::write_file(std::string(world::kDeviceDir) + "/mine", "x");
-    world::write_file("/tmp/work/mine", "y");
+    world::write_file("/tmp/own/mine", "y");
     EXPECT_EQ(virtual_device("run -- test -e mine").status, 1);
-    EXPECT_EQ(virtual_device("run -- cat /tmp/work/mine").status, 1);
-    std::filesystem::current_path("/tmp/work");
-    EXPECT_EQ(virtual_device("run -- cat /tmp/work/mine").status, 0) << "the caller's folder";
+    EXPECT_EQ(virtual_device("run -- cat /tmp/own/mine").status, 1);
+    std::filesystem::current_path("/tmp/own");
+    EXPECT_EQ(virtual_device("run -- cat /tmp/own/mine").status, 0) << "the caller's folder";
     std::filesystem::current_path(world::kDeviceDir);
 }
 
