@@ -1,6 +1,7 @@
 # How everything that a device's program holds beside the product is built: OpenSSL, c-ares, cJSON
-# and libcurl, static, small, for any toolchain; for other machines GoogleTest too. Needs common.sh, debian_source.sh, curl_recipe.sh.
-# shellcheck shell=bash
+# and libcurl, static, small, for any toolchain; for other machines GoogleTest too. Needs common.sh,
+# debian_source.sh, curl_recipe.sh, and the target_… facts of a toolchain.
+# shellcheck shell=bash disable=SC2154
 
 # Small, and left to the final link to throw away what is not used.
 device_cflags='-Os -fPIC -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables'
