@@ -1,14 +1,30 @@
 /* For the tests of the file upload: a plain cloud, and a dump that goes to its address /put. */
 #pragma once
 
+#include <filesystem>
+#include <functional>
+
 #include "cloud_http/file_upload.h"
 #include "cloud_http_fixture.h"
 
 class UploadTest : public CloudHttpTest {
   protected:
     static constexpr const char *kDump = "/tmp/dump.bin";
+    static constexpr size_t kTooManySleeps = 100;
 
-    UploadTest() { world::write_file(kDump, kContent); }
+    UploadTest() {
+        world::write_file(kDump, kContent);
+        on_sleep([](size_t) {});
+    }
+
+    // Does `action` inside every later sleep, and ends what retries without end by mistake.
+    static void on_sleep(const std::function<void(size_t)> &action) {
+        world::on_sleep([action](size_t count) {
+            action(count);
+            if (count == kTooManySleeps)
+                std::filesystem::remove(kDump);
+        });
+    }
 
     int upload(int flag) { return api_TFA_post_FILE(kDump, url.c_str(), flag); }
 

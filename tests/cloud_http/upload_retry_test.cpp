@@ -63,7 +63,7 @@ TEST_F(UploadRetryTest, Flag1StopsAtTheFirstCompletedTransfer) {
     for (const size_t after : {1u, 2u}) {
         world::write_file(kDump, kContent);
         world::clear_sleeps();
-        world::on_sleep([&](size_t count) {
+        on_sleep([&](size_t count) {
             if (count == after)
                 start_cloud();
         });
@@ -83,7 +83,7 @@ class UploadEndlessRetry : public UploadRetryTest, public testing::WithParamInte
 TEST_P(UploadEndlessRetry, GoesOnUntilATransferCompletes) {
     const int flag = GetParam();
     constexpr int kFailures = 12;
-    world::on_sleep([&](size_t count) {
+    on_sleep([&](size_t count) {
         if (count == kFailures)
             start_cloud();
     });
@@ -96,7 +96,7 @@ TEST_P(UploadEndlessRetry, GoesOnUntilATransferCompletes) {
 
 TEST_P(UploadEndlessRetry, EndsWhenTheFileVanishes) {
     const int flag = GetParam();
-    world::on_sleep([&](size_t count) {
+    on_sleep([&](size_t count) {
         if (count == 4)
             std::filesystem::remove(kDump);
     });
@@ -106,7 +106,7 @@ TEST_P(UploadEndlessRetry, EndsWhenTheFileVanishes) {
 }
 
 TEST_P(UploadEndlessRetry, ANullUrlFailsWithoutEnd) {
-    world::on_sleep([](size_t count) {
+    on_sleep([](size_t count) {
         if (count == 20)
             std::filesystem::remove(kDump);
     });
@@ -122,13 +122,13 @@ INSTANTIATE_TEST_SUITE_P(With, UploadEndlessRetry, testing::Values(2, 3, 10, -1)
                          });
 
 TEST_F(UploadRetryTest, Flag1EndsWhenTheFileVanishes) {
-    world::on_sleep([](size_t) { std::filesystem::remove(kDump); });
+    on_sleep([](size_t) { std::filesystem::remove(kDump); });
     EXPECT_EQ(upload(1), 1);
     EXPECT_EQ(console.text_without_stamps(), failed(1) + kRetryLog + kMissingLog);
 }
 
 TEST_F(UploadRetryTest, EachAttemptReadsTheFileAnew) {
-    world::on_sleep([&](size_t count) {
+    on_sleep([&](size_t count) {
         world::write_file(kDump, count == 1 ? "now ten by" : "eleven bytes");
         if (count == 2)
             start_cloud();
