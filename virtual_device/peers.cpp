@@ -74,6 +74,7 @@ http {
     log_format exchange escape=json '{"method":"$request_method","url":"https://$host$request_uri",'
         '"status":$status,"size":"$http_content_length","type":"$http_content_type",'
         '"client":"$ssl_client_s_dn","file":"$request_body_file"}';
+    access_log off;
     client_body_temp_path /run/world/peers/bodies;
     proxy_temp_path /run/world/peers/proxy;
     fastcgi_temp_path /run/world/peers/fastcgi;
@@ -97,7 +98,6 @@ http {
     }
     server {
         listen 127.0.0.2:8080;
-        access_log off;
         location / { return 200; }
     }
 }
@@ -147,7 +147,7 @@ Peer start_tinyproxy() {
 
 Peer start_dnsmasq(const std::map<std::string, std::string> &names) {
     std::vector<std::string> command = {"dnsmasq",
-                                        "--keep-in-foreground",
+                                        "--no-daemon",
                                         "--no-resolv",
                                         "--no-hosts",
                                         "--user=root",

@@ -15,24 +15,10 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "finished.h"
 #include "world_test.h"
 
 namespace {
-
-struct Finished {
-    int status = 0;
-    std::string output;
-};
-
-Finished virtual_device(const std::string &arguments) {
-    Finished run;
-    FILE *pipe = popen((VIRTUAL_DEVICE " " + arguments + " 2>&1").c_str(), "r");
-    for (int c = 0; pipe && (c = fgetc(pipe)) != EOF;)
-        run.output += static_cast<char>(c);
-    const int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return run;
-}
 
 int process_count() {
     int count = 0;
@@ -176,27 +162,6 @@ TEST_F(VirtualDevice, ServesUntilInterrupted) {
     waitpid(device, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     EXPECT_NE(world::read_file("/tmp/serve.out").find("Requests, in order"), std::string::npos);
-}
-
-// Runs kdump with a dump of `size` into a real nginx; the result is the program's peak memory.
-double peak_kb_for(const std::string &size) {
-    world::write_file("/tmp/large/large.json",
-                      R"({"about": "a", "peers": ["nginx"], "run": ["truncate -s )" + size +
-                          R"( /mnt/data/iss_config/segmentrace.txt", "kdump segmentrace"]})");
-    const Finished run = virtual_device(
-        "run --check --scenario /tmp/large/large.json --json /tmp/large/record.json");
-    const auto record =
-        nlohmann::json::parse(world::read_file("/tmp/large/record.json"), nullptr, false);
-    EXPECT_TRUE(record.is_object()) << run.output;
-    EXPECT_EQ(record["stored"].size(), 1u) << run.output;
-    EXPECT_TRUE(record["files_after"].find("/mnt/data/iss_config/segmentrace.txt") ==
-                record["files_after"].end());
-    return record["commands"][1]["peak_kb"];
-}
-
-TEST_F(VirtualDevice, LargeUploadsTakeNoMoreMemory) {
-    const double small = peak_kb_for("1M");
-    EXPECT_NEAR(peak_kb_for(LARGE_DUMP), small, 0.05 * small);
 }
 
 TEST_F(VirtualDevice, AFleetDeliversAfterAnOutage) {
