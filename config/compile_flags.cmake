@@ -40,8 +40,10 @@ target_compile_definitions(shipped_code INTERFACE
     _TIME_BITS=64               # and times beyond 2038
     $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
 target_link_options(shipped_code INTERFACE
-    -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack
-    $<$<NOT:$<BOOL:${CLOUD_SANITIZE}>>:-Wl,-z,defs>)
+    -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+if(NOT CLOUD_SANITIZE)  # a sanitizer's functions are found in the program only
+    target_link_options(shipped_code INTERFACE -Wl,-z,defs)
+endif()
 
 # For the targets that are linked into something that runs on the device.
 function(link_without_cxx_library)
