@@ -29,8 +29,7 @@ class DnsServerTest : public UploadTest {
     void SetUp() override { ASSERT_TRUE(server.started()) << "dnsmasq is needed"; }
 
     world::ScriptedServer cloud{plain_cloud()};
-    Daemon server{{"dnsmasq", "--keep-in-foreground", "--conf-file=/dev/null", "--no-resolv",
-                   "--no-hosts", "--user=root", "--group=root", "--pid-file=", "--log-facility=-",
+    Daemon server{{"dnsmasq", "--no-daemon", "--conf-file=/dev/null", "--no-resolv", "--no-hosts",
                    "--listen-address=127.0.0.1", "--bind-interfaces",
                    "--host-record=only-there.test,127.0.0.1"},
                   53};
