@@ -30,6 +30,10 @@ std::string cut(const std::string &text) {
     return text.size() <= width ? text : text.substr(0, width - 3) + "...";
 }
 
+std::string trimmed(const std::string &text) {
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
 std::string short_url(const Exchange &exchange) {
     constexpr size_t kLongest = 84;
     const std::string url = legible(exchange.url);
@@ -81,9 +85,8 @@ void Story::open(const std::string &title, const std::string &about) {
 void Story::console(std::string_view piece) {
     line_ += piece;
     for (size_t end = 0; (end = line_.find('\n')) != std::string::npos; line_.erase(0, end + 1)) {
-        const std::string line = cut(legible(line_.substr(0, end)));
-        const bool only_stamp = without_stamps(line).empty();
-        if (!only_stamp)
+        const std::string line = cut(legible(trimmed(line_.substr(0, end))));
+        if (!without_stamps(line).empty())
             fmt::print(to_, "  {}\n", paint(kDim, line));
     }
     std::fflush(to_);
@@ -91,14 +94,15 @@ void Story::console(std::string_view piece) {
 
 void Story::requests(const Outcome &outcome) {
     heading("Requests, in order");
+    const size_t digits = std::to_string(outcome.exchanges.size()).size();
     size_t width = 0;
     for (const Exchange &exchange : outcome.exchanges)
         width = std::max(width, short_url(exchange).size());
     for (size_t i = 0; i < outcome.exchanges.size(); ++i) {
         const Exchange &exchange = outcome.exchanges[i];
         const bool good = exchange.status == 200 && exchange.mishap.empty();
-        fmt::print(to_, "  {}. {:<5} {:<{}}  {}  {}\n", i + 1, exchange.method, short_url(exchange),
-                   width, paint(good ? kGreen : kYellow, result_of(exchange)),
+        fmt::print(to_, "  {:>{}}. {:<5} {:<{}}  {}  {}\n", i + 1, digits, exchange.method,
+                   short_url(exchange), width, paint(good ? kGreen : kYellow, result_of(exchange)),
                    exchange.body_size ? with_commas(exchange.body_size) + " bytes sent"
                                       : with_commas(exchange.reply_size) + " bytes received");
     }

@@ -48,6 +48,14 @@ TEST_F(VirtualDevice, TellsTheStoryOfAGoodRun) {
     EXPECT_EQ(run.output.find('\x1b'), std::string::npos) << "no colours but on a terminal";
 }
 
+TEST_F(VirtualDevice, TheReadmeShowsWhatTheDemoPrints) {
+    const std::string readme = world::read_file(PROJECT_README);
+    const size_t from = readme.find("```\nOn the virtual device: ") + 4;
+    const std::string shown = readme.substr(from, readme.find("```", from) - from);
+    const Finished run = virtual_device("run --scenario segmentrace");
+    EXPECT_EQ(world::without_stamps(shown), world::without_stamps(run.output));
+}
+
 TEST_F(VirtualDevice, ADifferenceFailsAndIsShown) {
     const std::string folder = std::filesystem::path(VIRTUAL_DEVICE).parent_path();
     world::write_file("/tmp/odd/odd.json", R"({"about": "a", "run": ["kdump coredump"]})");
