@@ -6,19 +6,25 @@
 #define CURRENT_CONFIG ISS_CONFIG "/current_config"
 #define MARKER(job) "/tmp/kdump_process_" job
 
-#define SEGMENTRACE ISS_CONFIG "/segmentrace.txt"
-#define DBLOCK ISS_CONFIG "/dblock.txt"
-#define DBLOCK_BACKUP ISS_CONFIG "/dblock_backup.txt"
 #define UPGRADE_FAIL_STATE "/tmp/upgrade_fail_state_upload.txt"
-#define CONN_FAIL_LOG ISS_CONFIG "/cloud_conn_fail_log.txt"
 #define DEBUG_INFO "/tmp/debug_info.txt"
 #define WATCHDOG_LOG CURRENT_CONFIG "/cloud_watchdog.log"
 #define STAGED_WATCHDOG_LOG "/tmp/cloud_watchdog.log"
-#define RAM_LOG "/tmp/cloud_dbg.txt"
-#define STAGED_RAM_LOG "/tmp/cloud_ram_dbg.txt"
-#define FLASH_LOG CURRENT_CONFIG "/cloud_dbg.txt"
-#define STAGED_FLASH_LOG "/tmp/cloud_flash_dbg.txt"
 #define ALL_CONFIG "/tmp/all_config.tar.bz2"
+
+// The usual shapes of a file's fields up to its flag.
+// A trace that is copied to /tmp under its own name; with the upload the trace itself goes.
+#define COPIED_TRACE(source, name)                                                           \
+    source, Staging::kBeforeRequest, "cp " source " /tmp/" name, name, "/tmp/" name, source, \
+        source, kUploadUntilDone
+// A file that is sent from where it lies.
+#define SENT_IN_PLACE(path) path, Staging::kNone, nullptr, path, path, path, path, kUploadUntilDone
+// A log that is copied only once there is a URL to send it to.
+#define LATE_COPY(source, name)                                                                 \
+    nullptr, Staging::kAfterRequest, "cp -f " source " /tmp/" name, name, "/tmp/" name, source, \
+        "/tmp/" name
+#define RAM_LOG LATE_COPY("/tmp/cloud_dbg.txt", "cloud_ram_dbg.txt")
+#define FLASH_LOG LATE_COPY(CURRENT_CONFIG "/cloud_dbg.txt", "cloud_flash_dbg.txt")
 
 namespace {
 
@@ -26,49 +32,25 @@ constexpr int kUploadOnce = 0;
 constexpr int kUploadThreeTimes = 1;
 constexpr int kUploadUntilDone = 2;
 
-constexpr DumpFile segmentrace = {
-    SEGMENTRACE,       Staging::kBeforeRequest, "cp " SEGMENTRACE " /tmp/segmentrace.txt",
-    "segmentrace.txt", "/tmp/segmentrace.txt",  SEGMENTRACE,
-    SEGMENTRACE,       kUploadUntilDone,        {916, 919, 931, 934, 939}};
+constexpr DumpFile segmentrace = {COPIED_TRACE(ISS_CONFIG "/segmentrace.txt", "segmentrace.txt"),
+                                  {916, 919, 931, 934, 939}};
 
-constexpr DumpFile dblock = {DBLOCK,       Staging::kBeforeRequest, "cp " DBLOCK " /tmp/dblock.txt",
-                             "dblock.txt", "/tmp/dblock.txt",       DBLOCK,
-                             DBLOCK,       kUploadUntilDone,        {997, 1000, 1012, 1015, 1021}};
+constexpr DumpFile dblock = {COPIED_TRACE(ISS_CONFIG "/dblock.txt", "dblock.txt"),
+                             {997, 1000, 1012, 1015, 1021}};
 
 constexpr DumpFile dblock_backup = {
-    DBLOCK_BACKUP,       Staging::kBeforeRequest,  "cp " DBLOCK_BACKUP " /tmp/dblock_backup.txt",
-    "dblock_backup.txt", "/tmp/dblock_backup.txt", DBLOCK_BACKUP,
-    DBLOCK_BACKUP,       kUploadUntilDone,         {1033, 1036, 1048, 1051, 1056}};
+    COPIED_TRACE(ISS_CONFIG "/dblock_backup.txt", "dblock_backup.txt"),
+    {1033, 1036, 1048, 1051, 1056}};
 
-constexpr DumpFile upgrade_fail_state = {UPGRADE_FAIL_STATE,
-                                         Staging::kNone,
-                                         nullptr,
-                                         UPGRADE_FAIL_STATE,
-                                         UPGRADE_FAIL_STATE,
-                                         UPGRADE_FAIL_STATE,
-                                         UPGRADE_FAIL_STATE,
-                                         kUploadUntilDone,
+constexpr DumpFile upgrade_fail_state = {SENT_IN_PLACE(UPGRADE_FAIL_STATE),
                                          {1084, 1087, 1099, 1102, 1107},
                                          /*requested_names_source=*/true};
 
-constexpr DumpFile conn_fail_log = {CONN_FAIL_LOG,
-                                    Staging::kBeforeRequest,
-                                    "cp " CONN_FAIL_LOG " /tmp/cloud_conn_fail_log.txt",
-                                    "cloud_conn_fail_log.txt",
-                                    "/tmp/cloud_conn_fail_log.txt",
-                                    CONN_FAIL_LOG,
-                                    CONN_FAIL_LOG,
-                                    kUploadUntilDone,
-                                    {1136, 1139, 1151, 1154, 1159}};
+constexpr DumpFile conn_fail_log = {
+    COPIED_TRACE(ISS_CONFIG "/cloud_conn_fail_log.txt", "cloud_conn_fail_log.txt"),
+    {1136, 1139, 1151, 1154, 1159}};
 
-constexpr DumpFile debug_info = {DEBUG_INFO,
-                                 Staging::kNone,
-                                 nullptr,
-                                 DEBUG_INFO,
-                                 DEBUG_INFO,
-                                 DEBUG_INFO,
-                                 DEBUG_INFO,
-                                 kUploadUntilDone,
+constexpr DumpFile debug_info = {SENT_IN_PLACE(DEBUG_INFO),
                                  {1189, 1192, 1204, 1207, 1212},
                                  /*requested_names_source=*/false,
                                  /*reboots_after_upgrade=*/true};
@@ -78,34 +60,11 @@ constexpr DumpFile watchdog_log = {
     STAGED_WATCHDOG_LOG, STAGED_WATCHDOG_LOG,     WATCHDOG_LOG,
     STAGED_WATCHDOG_LOG, kUploadUntilDone,        {1247, 1250, 1262, 1265, 1270, /*early=*/1239}};
 
-// The two debug logs differ with "-f" by the flag and the numbers of the lines behind the upload.
-constexpr DumpFile ram_log(int flag, int upload_failed, int removed) {
-    return {nullptr,
-            Staging::kAfterRequest,
-            "cp -f " RAM_LOG " " STAGED_RAM_LOG,
-            "cloud_ram_dbg.txt",
-            STAGED_RAM_LOG,
-            RAM_LOG,
-            STAGED_RAM_LOG,
-            flag,
-            {1297, 1300, 1312, upload_failed, removed}};
-}
-constexpr DumpFile ram_log_forced = ram_log(kUploadThreeTimes, 1319, 1324);
-constexpr DumpFile ram_log_plain = ram_log(kUploadOnce, 1331, 1336);
-
-constexpr DumpFile flash_log(int flag, int upload_failed, int removed) {
-    return {nullptr,
-            Staging::kAfterRequest,
-            "cp -f " FLASH_LOG " " STAGED_FLASH_LOG,
-            "cloud_flash_dbg.txt",
-            STAGED_FLASH_LOG,
-            FLASH_LOG,
-            STAGED_FLASH_LOG,
-            flag,
-            {1347, 1350, 1362, upload_failed, removed}};
-}
-constexpr DumpFile flash_log_forced = flash_log(kUploadThreeTimes, 1369, 1374);
-constexpr DumpFile flash_log_plain = flash_log(kUploadOnce, 1381, 1386);
+constexpr DumpFile ram_log_forced = {RAM_LOG, kUploadThreeTimes, {1297, 1300, 1312, 1319, 1324}};
+constexpr DumpFile ram_log_plain = {RAM_LOG, kUploadOnce, {1297, 1300, 1312, 1331, 1336}};
+constexpr DumpFile flash_log_forced = {
+    FLASH_LOG, kUploadThreeTimes, {1347, 1350, 1362, 1369, 1374}};
+constexpr DumpFile flash_log_plain = {FLASH_LOG, kUploadOnce, {1347, 1350, 1362, 1381, 1386}};
 
 constexpr DumpFile all_config = {
     nullptr,

@@ -10,6 +10,10 @@
 
 #define SETTINGS "/mnt/data/iss_config/current_config/"
 #define STATUS "/tmp/app/cloud_tmp/"
+#define CONFIG_NUMBER SETTINGS "cloud_config_number_file"
+#define CHECKIN_INTERVAL STATUS "checkin_interval_file"
+#define QUENTA_PORT STATUS "quenta_server_port_file"
+#define ETCD_URL SETTINGS "ETCD_file"
 
 namespace {
 
@@ -19,27 +23,6 @@ using TextBuffer = FixedText<256>;
 constexpr uint32_t kDone = 0;
 constexpr uint32_t kRefused = 1;
 
-constexpr const char *kCloudDebug = SETTINGS "cloud_debug";
-constexpr const char *kRenewDhcp = SETTINGS "cloud_RenewDHCP";
-constexpr const char *kDetectDns = SETTINGS "cloud_DetectDNS";
-constexpr const char *kEtcd = SETTINGS "cloud_etcd";
-constexpr const char *kConfigNumber = SETTINGS "cloud_config_number_file";
-constexpr const char *kEtcdUrl = SETTINGS "ETCD_file";
-constexpr const char *kFwUpgradeStatus = STATUS "cloud_fw_upgrade_status_file";
-constexpr const char *kFwUpgradeFlag = STATUS "cloud_fw_upgrade_flag_file";
-constexpr const char *kCheckinHost = STATUS "checkin_file";
-constexpr const char *kCheckinPath = STATUS "checkinStr_file";
-constexpr const char *kCheckinInterval = STATUS "checkin_interval_file";
-constexpr const char *kCheckinStatus = STATUS "checkinStatus";
-constexpr const char *kFallbackHost = STATUS "fallback_file";
-constexpr const char *kKeeperHost = STATUS "connectionkeeperhost_file";
-constexpr const char *kKeeperPath = STATUS "connectionkeeperpath_file";
-constexpr const char *kQuentaServer = STATUS "quenta_server_file";
-constexpr const char *kQuentaPort = STATUS "quenta_server_port_file";
-constexpr const char *kSorvaneList = STATUS "sorvane_file";
-constexpr const char *kConnectionError = STATUS "server_connection_err";
-
-// A null fallback leaves the buffer untouched.
 uint32_t get_text(const char *path, char *value, const char *fallback) noexcept {
     if (value == nullptr) {
         return kRefused;
@@ -95,108 +78,73 @@ uint32_t get_lasting_switch(const char *path, uint32_t *value) noexcept {
 
 }  // namespace
 
-uint32_t api_cloud_debug_get(uint32_t *value) noexcept {
-    return get_limited(kCloudDebug, value, 0, 3, 0);
-}
+// Accessors of the usual shapes: a row a state file. A null fallback leaves the buffer untouched.
+#define TEXT_GETTER(getter, path, fallback) \
+    uint32_t getter(char *value) noexcept { return get_text(path, value, fallback); }
+#define TEXT_SETTER(setter, path) \
+    uint32_t setter(const char *value) noexcept { return set_text(path, value); }
+#define TEXT_FILE(getter, setter, path, fallback) \
+    TEXT_GETTER(getter, path, fallback)           \
+    TEXT_SETTER(setter, path)
+#define NUMBER_GETTER(getter, Number, conversion, path, fallback)     \
+    uint32_t getter(Number *value) noexcept {                         \
+        return get_number<Number>(path, conversion, value, fallback); \
+    }
+#define NUMBER_SETTER(setter, Number, conversion, path)                 \
+    uint32_t setter(Number value) noexcept {                            \
+        return write_value(path, conversion, value) ? kDone : kRefused; \
+    }
+#define LIMITED_GETTER(getter, path, fallback, limit, beyond_limit)     \
+    uint32_t getter(uint32_t *value) noexcept {                         \
+        return get_limited(path, value, fallback, limit, beyond_limit); \
+    }
+#define LASTING_SWITCH_GETTER(getter, path) \
+    uint32_t getter(uint32_t *value) noexcept { return get_lasting_switch(path, value); }
 
-uint32_t api_cloud_RenewDHCP_get(uint32_t *value) noexcept {
-    return get_lasting_switch(kRenewDhcp, value);
-}
+LIMITED_GETTER(api_cloud_debug_get, SETTINGS "cloud_debug", 0, 3, 0)
+LASTING_SWITCH_GETTER(api_cloud_RenewDHCP_get, SETTINGS "cloud_RenewDHCP")
+LASTING_SWITCH_GETTER(api_cloud_DetectDNS_get, SETTINGS "cloud_DetectDNS")
+LIMITED_GETTER(api_cloud_etcd_get, SETTINGS "cloud_etcd", 1, 1, 1)
+NUMBER_GETTER(api_cloud_fw_upgrade_flag_get, int32_t, "%d", STATUS "cloud_fw_upgrade_flag_file", 0)
+TEXT_SETTER(api_cloud_config_number_set, CONFIG_NUMBER)
+TEXT_FILE(api_checkin_host_get, api_checkin_host_set, STATUS "checkin_file", CLOUD_CHECKIN_HOST)
+TEXT_FILE(api_checkin_path_get, api_checkin_path_set, STATUS "checkinStr_file", "/checkin")
+NUMBER_GETTER(api_checkin_interval_get, int32_t, "%d", CHECKIN_INTERVAL, 300)
+NUMBER_SETTER(api_checkin_interval_set, int32_t, "%d", CHECKIN_INTERVAL)
+TEXT_FILE(api_checkin_status_get, api_checkin_status_set, STATUS "checkinStatus", nullptr)
+TEXT_FILE(api_fallback_host_get, api_fallback_host_set, STATUS "fallback_file", CLOUD_CHECKIN_HOST)
+TEXT_FILE(api_connection_keeper_host_get, api_connection_keeper_host_set,
+          STATUS "connectionkeeperhost_file", CLOUD_CONNECTION_KEEPER_HOST)
+TEXT_FILE(api_connection_keeper_path_get, api_connection_keeper_path_set,
+          STATUS "connectionkeeperpath_file", "/device/register")
+TEXT_FILE(api_quenta_server_get, api_quenta_server_set, STATUS "quenta_server_file",
+          CLOUD_QUENTA_HOST)
+NUMBER_SETTER(api_quenta_server_port_set, uint32_t, "%u", QUENTA_PORT)
+TEXT_GETTER(api_etcd_url_get, ETCD_URL, "https://" CLOUD_CATALOGUE_HOST "/v1/kv/services?recurse=1")
 
-uint32_t api_cloud_DetectDNS_get(uint32_t *value) noexcept {
-    return get_lasting_switch(kDetectDns, value);
-}
-
-uint32_t api_cloud_etcd_get(uint32_t *value) noexcept { return get_limited(kEtcd, value, 1, 1, 1); }
+// The others differ by what they return, or by what they write.
 
 uint32_t api_cloud_fw_upgrade_status_get(uint32_t *value) noexcept {
-    get_number<uint32_t>(kFwUpgradeStatus, "%u", value, 0);
+    get_number<uint32_t>(STATUS "cloud_fw_upgrade_status_file", "%u", value, 0);
     return value != nullptr ? *value : 0;
 }
 
-uint32_t api_cloud_fw_upgrade_flag_get(int32_t *value) noexcept {
-    return get_number<int32_t>(kFwUpgradeFlag, "%d", value, 0);
-}
-
-uint32_t api_cloud_config_number_set(const char *value) noexcept {
-    return set_text(kConfigNumber, value);
-}
-
 uint32_t api_cloud_config_number_get(char *value) noexcept {
-    get_text(kConfigNumber, value, nullptr);
+    get_text(CONFIG_NUMBER, value, nullptr);
     return kDone;
 }
 
-uint32_t api_checkin_host_get(char *value) noexcept {
-    return get_text(kCheckinHost, value, CLOUD_CHECKIN_HOST);
-}
-
-uint32_t api_checkin_host_set(const char *value) noexcept { return set_text(kCheckinHost, value); }
-
-uint32_t api_checkin_path_get(char *value) noexcept {
-    return get_text(kCheckinPath, value, "/checkin");
-}
-
-uint32_t api_checkin_path_set(const char *value) noexcept { return set_text(kCheckinPath, value); }
-
-uint32_t api_checkin_interval_get(int32_t *value) noexcept {
-    return get_number<int32_t>(kCheckinInterval, "%d", value, 300);
-}
-
-uint32_t api_checkin_interval_set(int32_t value) noexcept {
-    return write_value(kCheckinInterval, "%d", value) ? kDone : kRefused;
-}
-
-uint32_t api_checkin_status_get(char *value) noexcept {
-    return get_text(kCheckinStatus, value, nullptr);
-}
-
-uint32_t api_checkin_status_set(const char *value) noexcept {
-    return set_text(kCheckinStatus, value);
-}
-
-uint32_t api_fallback_host_get(char *value) noexcept {
-    return get_text(kFallbackHost, value, CLOUD_CHECKIN_HOST);
-}
-
-uint32_t api_fallback_host_set(const char *value) noexcept {
-    return set_text(kFallbackHost, value);
-}
-
-uint32_t api_connection_keeper_host_get(char *value) noexcept {
-    return get_text(kKeeperHost, value, CLOUD_CONNECTION_KEEPER_HOST);
-}
-
-uint32_t api_connection_keeper_host_set(const char *value) noexcept {
-    return set_text(kKeeperHost, value);
-}
-
-uint32_t api_connection_keeper_path_get(char *value) noexcept {
-    return get_text(kKeeperPath, value, "/device/register");
-}
-
-uint32_t api_connection_keeper_path_set(const char *value) noexcept {
-    return set_text(kKeeperPath, value);
-}
-
-uint32_t api_quenta_server_get(char *value) noexcept {
-    return get_text(kQuentaServer, value, CLOUD_QUENTA_HOST);
-}
-
-uint32_t api_quenta_server_set(const char *value) noexcept {
-    return set_text(kQuentaServer, value);
-}
-
 uint32_t api_quenta_server_port_get(uint32_t *value) noexcept {
-    return value != nullptr ? get_number<uint32_t>(kQuentaPort, "%u", value, 443) : kRefused;
+    return value != nullptr ? get_number<uint32_t>(QUENTA_PORT, "%u", value, 443) : kRefused;
 }
 
-uint32_t api_quenta_server_port_set(uint32_t value) noexcept {
-    return write_value(kQuentaPort, "%u", value) ? kDone : kRefused;
+uint32_t api_etcd_url_set(const char *value) noexcept {
+    set_text(ETCD_URL, value);
+    return kDone;
 }
 
 uint32_t api_sorvane_list_set(char (*entries)[256], int count, const char *selected) noexcept {
-    const OwnedFile file(std::fopen(kSorvaneList, "w"));
+    const OwnedFile file(std::fopen(STATUS "sorvane_file", "w"));
     if (!file) {
         return kRefused;
     }
@@ -213,16 +161,7 @@ uint32_t api_server_connection_err_set(const char *text, int code) noexcept {
     if (text != nullptr) {
         TextBuffer error;
         error.format("%s(%d)", text, code);
-        write_value(kConnectionError, "%s", error.c_str());
+        write_value(STATUS "server_connection_err", "%s", error.c_str());
     }
     return kDone;
-}
-
-uint32_t api_etcd_url_set(const char *value) noexcept {
-    set_text(kEtcdUrl, value);
-    return kDone;
-}
-
-uint32_t api_etcd_url_get(char *value) noexcept {
-    return get_text(kEtcdUrl, value, "https://" CLOUD_CATALOGUE_HOST "/v1/kv/services?recurse=1");
 }
