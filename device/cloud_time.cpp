@@ -7,7 +7,6 @@
 #include "cloud_http/transfer.h"
 #include "log/log.h"
 #include "support/fixed_text.h"
-#include "support/owned.h"
 
 namespace {
 
@@ -61,9 +60,7 @@ void set_manual_time(const char *cloud_time) noexcept {
     }
     FixedText<100> body;
     body.format("{\"manualTime\":\"%s%s\"}", time.c_str(), "");
-    char *reply = nullptr;
-    http_patch(kSettingsUrl, body.c_str(), &reply);
-    const OwnedText unused(reply);
+    http_patch(kSettingsUrl, body.c_str(), nullptr);
 }
 
 }  // namespace

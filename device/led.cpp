@@ -6,7 +6,6 @@
 #include "cloud_http/local_service.h"
 #include "log/log.h"
 #include "state/one_value_file.h"
-#include "support/owned.h"
 
 namespace {
 
@@ -16,9 +15,7 @@ constexpr const char *kBlink = "{\"systemLED\":\"twinkle\"}";
 constexpr const char *kSteady = "{\"systemLED\":\"solidLight\"}";
 
 int switch_led(const char *body) noexcept {
-    char *reply = nullptr;
-    http_patch(LOCAL_SERVICE "system/settings/ledblink", body, &reply);
-    const OwnedText unused(reply);
+    http_patch(LOCAL_SERVICE "system/settings/ledblink", body, nullptr);
     return 0;
 }
 
