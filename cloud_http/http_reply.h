@@ -12,7 +12,12 @@
 
 CLOUD_API_BEGIN
 
-enum { HTTP_REPLY_DISCARD = 0, HTTP_REPLY_FILE = 1, HTTP_REPLY_MEMORY = 2 };
+/* What is done with the bytes of a reply. */
+enum {
+    HTTP_REPLY_DISCARD = 0, /* dropped */
+    HTTP_REPLY_FILE = 1,    /* appended to a file, opened anew for each chunk */
+    HTTP_REPLY_MEMORY = 2   /* collected as a text */
+};
 
 /* One per request, owned by the caller. A memory record starts as {HTTP_REPLY_MEMORY, NULL, 0}. */
 typedef struct HttpReply {

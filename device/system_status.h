@@ -12,9 +12,9 @@ CLOUD_API_BEGIN
 
 /* Memory figures in kilobytes, as the kernel reports them. */
 typedef struct MemInfo {
-    uint32_t total_kb;
-    uint32_t used_kb; /* total less free */
-    uint32_t buffers_cached_kb;
+    uint32_t total_kb;          /* all of it */
+    uint32_t used_kb;           /* total less free */
+    uint32_t buffers_cached_kb; /* buffers and every kind of cache */
 } MemInfo;
 
 /*

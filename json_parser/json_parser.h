@@ -33,16 +33,16 @@ CLOUD_API_BEGIN
 
 /* Kind codes, and the flag added to that of a node which owns neither child nor valuestring. */
 enum {
-    JSON_KIND_FALSE = 0,
-    JSON_KIND_TRUE = 1,
-    JSON_KIND_NULL = 2,
-    JSON_KIND_NUMBER = 3, /* a double, with its int beside it */
-    JSON_KIND_STRING = 4,
-    JSON_KIND_ARRAY = 5,
-    JSON_KIND_OBJECT = 6,
-    JSON_KIND_UINT32 = 7,
-    JSON_KIND_UINT64 = 8,
-    JSON_REFERENCE_FLAG = 256
+    JSON_KIND_FALSE = 0,      /* the value false */
+    JSON_KIND_TRUE = 1,       /* the value true */
+    JSON_KIND_NULL = 2,       /* the value null */
+    JSON_KIND_NUMBER = 3,     /* a double, with its int beside it */
+    JSON_KIND_STRING = 4,     /* a text */
+    JSON_KIND_ARRAY = 5,      /* elements, below child */
+    JSON_KIND_OBJECT = 6,     /* members, below child */
+    JSON_KIND_UINT32 = 7,     /* an unsigned 32-bit number; parsing never makes one */
+    JSON_KIND_UINT64 = 8,     /* an unsigned 64-bit number */
+    JSON_REFERENCE_FLAG = 256 /* added: child and valuestring belong to another node */
 };
 
 /* A value, with its place among its siblings. Fields that a kind does not use are zero. */

@@ -21,8 +21,8 @@ extern int g_http_initialised;
  * KDUMPS_url (cloud_http/upload_url.h) and initialises libcurl.
  *
  * Returns 1 when the marker exists already: another run is active, and nothing else has happened.
- * Returns 0 otherwise, also when the marker cannot be created for another reason: the job then goes
- * on without one. The caller removes the marker.
+ * Returns 0 otherwise, also when the marker cannot be created for another reason or is null: the
+ * job then goes on without one. The caller removes the marker.
  */
 uint32_t start_processing(const char *marker) CLOUD_NOEXCEPT;
 

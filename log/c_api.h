@@ -13,7 +13,9 @@
     _Pragma("GCC visibility pop") \
     }
 #else
+/* Behind a declaration: never throws into a caller that is C++. */
 #define CLOUD_NOEXCEPT
+/* Before and after the declarations of a public header. */
 #define CLOUD_API_BEGIN _Pragma("GCC visibility push(default)")
 #define CLOUD_API_END _Pragma("GCC visibility pop")
 #endif

@@ -53,10 +53,11 @@ int api_nonce_generate(uint32_t seed, unsigned char digest[16]) CLOUD_NOEXCEPT;
  */
 char *str_case_search(const char *haystack, const char *needle) CLOUD_NOEXCEPT;
 
-/* 1 when path exists, else 0; logs path and result. */
+/* 1 when path exists, 0 when it does not or is null; logs path and result. */
 int api_file_exist(const char *path) CLOUD_NOEXCEPT;
 
-/* Logs path, then creates the file (mode 0644) or empties an existing one. Returns 0 always. */
+/* Logs path, then creates the file (mode 0644) or empties an existing one; a null path is only
+ * logged. Returns 0 always. */
 int api_file_touch(const char *path) CLOUD_NOEXCEPT;
 
 CLOUD_API_END
