@@ -77,7 +77,7 @@ void write_to_file(const char *line) noexcept {
 
 // Most devices run with both sinks off: then a line must cost next to nothing. So this function
 // holds no buffer and needs no guard of its own; the work is done, guarded, in write_line.
-[[gnu::no_stack_protector]] void cloud_log(const char *format, ...) noexcept {
+__attribute__((no_stack_protector)) void cloud_log(const char *format, ...) noexcept {
     if (g_console_debug == 0 && g_file_log == 0) {
         return;
     }
