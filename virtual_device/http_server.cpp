@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -23,6 +24,8 @@ int listen_on(const std::string &address, uint16_t port) {
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     const int on = 1;
     setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    // As real clouds do, and for its connections too: a short reply waits for no acknowledgement.
+    setsockopt(listener, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     struct sockaddr_in place = {};
     place.sin_family = AF_INET;
     place.sin_port = htons(port);
