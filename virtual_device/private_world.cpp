@@ -127,7 +127,7 @@ void run_init(const Options &options, const std::vector<std::string> &keep, int 
         give_up(error.what());
     }
     bring_loopback_up();
-    (void)sethostname(options.host_name.c_str(), options.host_name.size());
+    (void)!sethostname(options.host_name.c_str(), options.host_name.size());
     prctl(PR_CAPBSET_DROP, CAP_SYS_BOOT);
     set_environment();
 

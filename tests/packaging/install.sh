@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Usage: install.sh BUILD_FOLDER CMAKE     in the project's folder; CC and CXX are set
+# Usage: install.sh BUILD_FOLDER CMAKE VERSION     in the project's folder; CC and CXX are set
 #
 # Installs into a temporary prefix, moves it, and builds agents against it as their authors would:
 # the example in C11 by make and pkg-config and by CMake, one in C with the static library, one in
@@ -8,6 +8,7 @@ set -euo pipefail
 
 build=$1
 cmake=$2
+version=$3
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 exec 2>&1
@@ -21,6 +22,9 @@ echo '== the installed program finds its libcurl'
 ldd "$prefix/sbin/kdump" | tee "$scratch/ldd"
 grep -q "$prefix/.*/libcurl.so" "$scratch/ldd"
 if grep 'not found' "$scratch/ldd"; then exit 1; fi
+
+echo '== the description for pkg-config'
+[ "$(PKG_CONFIG_PATH=$prefix/lib/pkgconfig pkg-config --modversion libcloudagent)" = "$version" ]
 
 echo '== the example by make and pkg-config'
 cp -r examples "$scratch/by-make"
@@ -38,7 +42,8 @@ ldd "$scratch/by-cmake/agent" | grep "$moved/.*/libcurl.so"
 
 for agent in c_agent cxx_agent; do
     echo "== $agent"
-    "$cmake" -S "tests/packaging/$agent" -B "$scratch/$agent" -DCMAKE_PREFIX_PATH="$moved" >/dev/null
+    "$cmake" -S "tests/packaging/$agent" -B "$scratch/$agent" -DCMAKE_PREFIX_PATH="$moved" \
+        -DWANTED_VERSION="$version" >/dev/null
     "$cmake" --build "$scratch/$agent"
 done
 "$scratch/c_agent/agent"
