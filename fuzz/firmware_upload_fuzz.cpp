@@ -1,0 +1,72 @@
+// Any marker of a firmware upload, and any status of the process it names. Process 1 is the one
+// whose status the input gives; no signal is sent.
+// Input: the marker's content and the status, in blocks; a third block that is not empty lets a
+// signal fail.
+#include <sys/mount.h>
+
+#include <csignal>
+
+#include "device/firmware_upload_watch.h"
+#include "stand_ins.h"
+#include "world.h"
+
+namespace {
+
+constexpr const char *kMarker = "/tmp/Firmware_uploading.txt";
+constexpr const char *kProgress = "/tmp/cgi/cgic_progress";
+constexpr const char *kStatus = "/proc/1/status";
+
+int signals = 0;
+bool signals_fail = false;
+
+int send_signal(int pid, int number) {
+    ++signals;
+    REQUIRE(pid > 0 && number == SIGKILL);
+    return signals_fail ? -1 : 0;
+}
+
+const fuzz::StandIns kStandIns = {nullptr, nullptr, nullptr, send_signal};
+
+void check(uint32_t result, std::string_view marker) {
+    const bool has_marker = fuzz::exists(kMarker);
+    const bool has_progress = fuzz::exists(kProgress);
+    const std::string_view line = marker.substr(0, marker.find('\n'));
+    REQUIRE(result <= 2);
+    REQUIRE(result == 0 || has_marker);
+    REQUIRE(has_progress || !has_marker || result == 2);
+    REQUIRE(has_marker || !has_progress);
+    REQUIRE(result != 2 || (!has_progress && fuzz::contains(line, "Uploading by ")));
+    REQUIRE(result != 1 || fuzz::contains(line, "Uploading by data.cgi pid:"));
+    if (signals != 0) {
+        REQUIRE(signals == 1 && fuzz::contains(line, "[port: 80]"));
+        REQUIRE(result == (signals_fail ? 1u : 0u) && has_marker == signals_fail);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+    world::enter();
+    REQUIRE(mkdir("/tmp/cgi", 0755) == 0);
+    REQUIRE(mount("tmpfs", "/proc/1", "tmpfs", 0, nullptr) == 0);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const std::string_view marker = input.block();
+    fuzz::write_file(kMarker, marker);
+    fuzz::write_file(kProgress, "50");
+    fuzz::write_file(kStatus, input.block());
+    signals = 0;
+    signals_fail = !input.empty();
+    const int descriptor = fuzz::free_descriptor();
+    uint32_t result = 0;
+    {
+        const fuzz::InProduct in_product(kStandIns);
+        result = SN_Check_FW_upload_status();
+    }
+    check(result, marker);
+    REQUIRE(fuzz::free_descriptor() == descriptor);
+    return 0;
+}

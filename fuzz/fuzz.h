@@ -1,0 +1,81 @@
+/*
+ * What the fuzz targets share. A target is one file NAME_fuzz.cpp with LLVMFuzzerTestOneInput, a
+ * row in the file `targets`, and handwritten and minimised inputs in corpus/NAME/. With clang it is
+ * a libFuzzer program; with any other compiler replay_main.cpp runs it over its corpus.
+ */
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+// Ends the program with the place, as a finding, unless the condition holds.
+#define REQUIRE(condition) fuzz::require((condition), #condition, __FILE__, __LINE__)
+
+namespace fuzz {
+
+inline void require(bool holds, const char *condition, const char *file, int line) {
+    if (!holds) {
+        std::fprintf(stderr, "%s:%d: this does not hold: %s\n", file, line, condition);
+        std::abort();
+    }
+}
+
+// One input, taken apart from its beginning. Parts are lines, or blocks that lines of "--"
+// separate, so that inputs can be written by hand.
+class Input {
+  public:
+    Input(const uint8_t *data, std::size_t size)
+        : rest_(reinterpret_cast<const char *>(data), size) {}
+
+    bool empty() const { return rest_.empty(); }
+    std::string_view rest() const { return rest_; }
+
+    std::string_view line() { return take(rest_.find('\n'), 1); }
+
+    std::string_view block() {
+        if (rest_.substr(0, kMark.size()) == kMark) {
+            return take(0, kMark.size());
+        }
+        return take(rest_.find(kLaterMark), kLaterMark.size());
+    }
+
+  private:
+    static constexpr std::string_view kMark = "--\n";
+    static constexpr std::string_view kLaterMark = "\n--\n";
+
+    std::string_view take(std::size_t length, std::size_t mark) {
+        const std::string_view part = rest_.substr(0, length);
+        rest_.remove_prefix(length == std::string_view::npos ? rest_.size() : length + mark);
+        return part;
+    }
+
+    std::string_view rest_;
+};
+
+// As a C text of its own: AddressSanitizer sees a read behind its end.
+inline std::unique_ptr<char[]> c_text(std::string_view text) {
+    std::unique_ptr<char[]> copy(new char[text.size() + 1]);
+    text.copy(copy.get(), text.size());
+    copy[text.size()] = '\0';
+    return copy;
+}
+
+// A caller's buffer on the heap, all zero: AddressSanitizer sees a write behind its end.
+inline std::unique_ptr<char[]> zeroed(std::size_t size) {
+    return std::unique_ptr<char[]>(new char[size]());
+}
+
+inline bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+inline bool begins_with(std::string_view text, std::string_view part) {
+    return text.substr(0, part.size()) == part;
+}
+
+}  // namespace fuzz

@@ -1,0 +1,108 @@
+// Any texts in a log line that goes to the log file, where the finished line serves as a format
+// once more. Input: a character that chooses the line's own format; then the texts, a line each.
+//
+// Widths and precisions keep three digits unless no int holds them: each is a request for as many
+// bytes of output, and would be granted.
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+#include "fuzz.h"
+#include "log/log.h"
+#include "stand_ins.h"
+
+namespace {
+
+constexpr std::size_t kStampLength = sizeof "[Mon Nov 16 06:57:51 2026]" - 1;
+constexpr std::size_t kMostDigits = 3;
+constexpr std::size_t kDigitsOfAnInt = 10;
+constexpr std::size_t kWidest = 999;
+
+std::string written;
+
+ssize_t take(void *, const char *bytes, std::size_t size) {
+    written.append(bytes, size);
+    return static_cast<ssize_t>(size);
+}
+
+std::FILE *open_log(const char *path, const char *mode) {
+    REQUIRE(std::strcmp(path, "the log") == 0 && std::strcmp(mode, "a") == 0);
+    cookie_io_functions_t functions = {};
+    functions.write = take;
+    return fopencookie(nullptr, mode, functions);
+}
+
+const fuzz::StandIns kStandIns = {open_log};
+
+std::string with_short_numbers(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        std::size_t digits = 0;
+        while (digits < text.size() && std::isdigit(static_cast<unsigned char>(text[digits]))) {
+            ++digits;
+        }
+        const std::string_view number = text.substr(0, digits);
+        const std::size_t zeros = std::min(number.find_first_not_of('0'), digits);
+        const std::size_t significant = digits - zeros;
+        const bool is_short = significant <= kMostDigits || significant > kDigitsOfAnInt;
+        result.append(is_short ? number : number.substr(0, zeros + kMostDigits));
+        text.remove_prefix(digits);
+        const std::size_t plain = std::min(text.find_first_of("0123456789"), text.size());
+        result.append(text.substr(0, plain));
+        text.remove_prefix(plain);
+    }
+    return result;
+}
+
+void log_one(char shape, const char *first, const char *second) {
+    switch (shape) {
+        case '1':
+            cloud_log("%s %d unlink %s\n\n", first, 939, second);
+            break;
+        case '2':
+            cloud_log("%d%% of %s", 50, first);
+            break;
+        case '3':
+            cloud_log("%.3s|%s", first, second);
+            break;
+        default:
+            cloud_log("%s|%s", first, second);
+    }
+}
+
+}  // namespace
+
+// AddressSanitizer's own reader of formats gives up, and the program with it, at conversions that
+// only libc understands.
+extern "C" const char *__asan_default_options() { return "check_printf=0"; }
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+    setenv("TZ", "UTC0", 1);
+    g_file_log = 1;
+    std::strcpy(g_log_path, "the log");
+    // A line that cannot be written is shown there.
+    return std::freopen("/dev/null", "w", stdout) != nullptr ? 0 : 1;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const std::string_view shape = input.line();
+    const std::unique_ptr<char[]> first = fuzz::c_text(with_short_numbers(input.line()));
+    const std::unique_ptr<char[]> second = fuzz::c_text(with_short_numbers(input.line()));
+    written.clear();
+    {
+        const fuzz::InProduct in_product(kStandIns);
+        log_one(shape.empty() ? '0' : shape.front(), first.get(), second.get());
+    }
+    const std::string texts = std::string(first.get()) + "|" + second.get();
+    REQUIRE(written.size() >= kStampLength && written[kStampLength - 1] == ']');
+    REQUIRE(written.size() <= kStampLength + (texts.size() + 32) * kWidest);
+    if (shape == "0" && !fuzz::contains(texts, "%")) {
+        REQUIRE(written.substr(kStampLength) == texts);
+    }
+    if (shape == "0") {  // what stands before the first conversion is as it was
+        const std::size_t plain = std::min(texts.find('%'), texts.size());
+        REQUIRE(written.compare(kStampLength, plain, texts, 0, plain) == 0);
+    }
+    return 0;
+}

@@ -1,0 +1,287 @@
+// A whole run of the program on a device of any state, with any replies. Whatever happens, no dump
+// is lost and nothing is left behind.
+// Input: the program's arguments, a line each; a line with the device's state, a letter each (see
+// arrange); the lines of the files with the endpoint, with the name servers, with the switches;
+// then the replies, in the order of the requests. Behind them everything succeeds, so every run
+// ends.
+#include <dirent.h>
+
+#include <algorithm>
+#include <cstring>
+#include <set>
+
+#include "cloud_http/proxy.h"
+#include "cloud_http/upload_url.h"
+#include "kdump/dump_kinds.h"
+#include "log/log.h"
+#include "replies.h"
+#include "stand_ins.h"
+#include "world.h"
+
+// kdump/main.cpp, under a name of its own.
+int run_program(int argc, char **argv);
+
+#define ISS_CONFIG "/mnt/data/iss_config/"
+#define CURRENT_CONFIG ISS_CONFIG "current_config/"
+
+namespace {
+
+constexpr const char *kSwitch = CURRENT_CONFIG "cloud_DetectDNS";
+constexpr const char *kDebug = CURRENT_CONFIG "cloud_debug";
+constexpr const char *kNameServers = "/tmp/curlDNSFile";
+constexpr const char *kEndpoint = "/tmp/app/cloud_tmp/KDUMPS_file";
+constexpr const char *kTurn = "/tmp/cloudwtpflag";
+constexpr const char *kUpgraded = "/tmp/upgrade_finish";
+constexpr const char *kArchive = "/tmp/all_config.tar.bz2";
+
+// In the input, for an argument that is there and empty.
+constexpr const char *kEmpty = "''";
+
+// Everything that succeeds: an upload URL for whoever asks for one.
+constexpr const char *kSuccess = R"({"message":"OK","upload_url":"https://up.example.com/1"})";
+
+struct Dump {
+    const char *path;
+    const char *content;
+    const char *staged;  // null: the dump itself is uploaded
+};
+
+constexpr Dump kDumps[] = {
+    {ISS_CONFIG "segmentrace.txt", "a segment trace", "/tmp/segmentrace.txt"},
+    {ISS_CONFIG "dblock.txt", "a lock trace", "/tmp/dblock.txt"},
+    {ISS_CONFIG "dblock_backup.txt", "another lock trace", "/tmp/dblock_backup.txt"},
+    {"/tmp/upgrade_fail_state_upload.txt", "the state of a failed upgrade", nullptr},
+    {ISS_CONFIG "cloud_conn_fail_log.txt", "connection failures", "/tmp/cloud_conn_fail_log.txt"},
+    {"/tmp/debug_info.txt", "debug information", nullptr},
+    {CURRENT_CONFIG "cloud_watchdog.log", "", "/tmp/cloud_watchdog.log"},
+    {"/tmp/cloud_dbg.txt", "the log in memory", "/tmp/cloud_ram_dbg.txt"},
+    {CURRENT_CONFIG "cloud_dbg.txt", "the log in flash", "/tmp/cloud_flash_dbg.txt"}};
+
+constexpr const char *kFolders[] = {"/tmp", "/tmp/app/cloud_tmp", "/mnt/data/iss_config",
+                                    "/mnt/data/iss_config/current_config", "/run/device"};
+
+int console = -1;
+int reboots = 0;
+unsigned slept = 0;
+bool copies_fail = false;
+
+std::string content_of(const std::string &path) {
+    std::string content;
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    char piece[4096];
+    for (ssize_t got = 0; (got = read(descriptor, piece, sizeof piece)) > 0;) {
+        content.append(piece, static_cast<std::size_t>(got));
+    }
+    close(descriptor);
+    return content;
+}
+
+void copy_file(const std::string &from, const std::string &to) {
+    if (!copies_fail && fuzz::exists(from.c_str())) {
+        fuzz::write_file(to.c_str(), content_of(from));
+    }
+}
+
+// What a shell would make of the staging commands; of any other it makes nothing.
+int run_command(const char *command) {
+    const std::string_view text(command);
+    constexpr std::string_view kConfigCopy = "cp -f " CURRENT_CONFIG;
+    if (text == "reboot;") {
+        ++reboots;
+    } else if (text ==
+               std::string("tar cvf ") + kArchive + " /mnt/data/iss_config/current_config") {
+        if (!copies_fail) {
+            fuzz::write_file(kArchive, "an archive");
+        }
+    } else {
+        for (const Dump &dump : kDumps) {
+            const std::string paths =
+                std::string(dump.path) + " " + (dump.staged ? dump.staged : "");
+            if (text == "cp " + paths || text == "cp -f " + paths) {
+                copy_file(dump.path, dump.staged);
+                return 0;
+            }
+        }
+        REQUIRE(fuzz::begins_with(text, kConfigCopy));
+    }
+    return 0;
+}
+
+const fuzz::StandIns kStandIns = {nullptr, run_command, [](unsigned seconds) { slept += seconds; },
+                                  nullptr};
+
+void empty_folder(const char *folder) {
+    DIR *const entries = opendir(folder);
+    while (const dirent *const entry = readdir(entries)) {
+        if (entry->d_type != DT_DIR) {
+            unlinkat(dirfd(entries), entry->d_name, 0);
+        }
+    }
+    closedir(entries);
+}
+
+std::set<std::string> all_files() {
+    std::set<std::string> files;
+    for (const char *folder : kFolders) {
+        DIR *const entries = opendir(folder);
+        while (const dirent *const entry = readdir(entries)) {
+            if (entry->d_type != DT_DIR) {
+                files.insert(std::string(folder) + "/" + entry->d_name);
+            }
+        }
+        closedir(entries);
+    }
+    return files;
+}
+
+// State letters: 0 to 8 leave out a dump, "s" has earlier staged copies, "c" lets copies fail, "m"
+// has every marker, "u" a finished upgrade, "t" a turn file.
+void arrange(std::string_view state) {
+    for (const char *folder : kFolders) {
+        empty_folder(folder);
+    }
+    const auto has = [&](char letter) { return state.find(letter) != std::string_view::npos; };
+    char letter = '0';
+    for (const Dump &dump : kDumps) {
+        if (!has(letter++)) {
+            fuzz::write_file(dump.path, dump.content);
+        }
+        if (has('s') && dump.staged != nullptr) {
+            fuzz::write_file(dump.staged, "an earlier one");
+        }
+    }
+    copies_fail = has('c');
+    if (has('u')) {
+        fuzz::write_file(kUpgraded, "");
+    }
+    if (has('t')) {
+        fuzz::write_file(kTurn, "cloud");
+    }
+    if (has('m')) {
+        for (const char *job : {"segmentrace", "dblocktrace", "upgradefail_state", "conn_fail_log",
+                                "debug_info", "watchdog", "dbg_upload", "all_config"}) {
+            fuzz::write_file((std::string("/tmp/kdump_process_") + job).c_str(), "");
+        }
+    }
+}
+
+void write_line(const char *path, std::string_view line) {
+    if (!line.empty()) {
+        fuzz::write_file(path, line);
+    }
+}
+
+void forget_earlier_runs() {
+    g_console_debug = 0;
+    g_detect_dns = 0;
+    std::memset(KDUMPS_url, 0, sizeof KDUMPS_url);
+    std::memset(g_proxy_server, 0, sizeof g_proxy_server);
+    std::memset(g_curl_dns_server, 0, sizeof g_curl_dns_server);
+    reboots = 0;
+    slept = 0;
+}
+
+bool uploaded(std::string_view content, bool answered_200) {
+    const std::vector<fuzz::Request> &all = fuzz::requests();
+    return std::any_of(all.begin(), all.end(), [&](const fuzz::Request &request) {
+        return request.method == "PUT" && request.code == 0 && request.body == content &&
+               (!answered_200 || request.status == 200);
+    });
+}
+
+// The two kinds without a copy lose theirs after any completed transfer; the others only after the
+// cloud has taken it. A copy that fails over an earlier one lets that one be uploaded in place of
+// the dump: a limit of the design.
+void check_dump(const Dump &dump) {
+    if (fuzz::exists(dump.path)) {
+        REQUIRE(content_of(dump.path) == dump.content);
+        return;
+    }
+    const bool earlier_went = copies_fail && uploaded("an earlier one", true);
+    REQUIRE(earlier_went || uploaded(dump.content, dump.staged != nullptr));
+}
+
+void check_files(const std::set<std::string> &before, const std::set<std::string> &after) {
+    std::set<std::string> may_come = {kSwitch};
+    for (const Dump &dump : kDumps) {
+        may_come.insert(dump.staged != nullptr ? dump.staged : "");
+    }
+    may_come.insert(kArchive);
+    for (const std::string &path : after) {
+        REQUIRE(before.count(path) != 0 || may_come.count(path) != 0);
+    }
+    for (const std::string &path : before) {
+        const bool may_go = may_come.count(path) != 0 ||
+                            std::any_of(std::begin(kDumps), std::end(kDumps),
+                                        [&](const Dump &dump) { return path == dump.path; });
+        REQUIRE(after.count(path) != 0 || (may_go && path != kSwitch));
+    }
+}
+
+// Every line of the console begins with the time and ends with the line.
+void check_console() {
+    char text[65536];
+    const ssize_t got = read(console, text, sizeof text);
+    REQUIRE(got <= 0 || (text[0] == '[' && text[25] == ']'));
+    REQUIRE(got <= 0 || g_console_debug != 0);
+    while (read(console, text, sizeof text) > 0) {
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+    world::enter();
+    setenv("TZ", "UTC0", 1);
+    console = open("/dev/console", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    REQUIRE(console >= 0);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const std::unique_ptr<char[]> kind = fuzz::c_text(input.line());
+    const std::unique_ptr<char[]> argument = fuzz::c_text(input.line());
+    forget_earlier_runs();
+    arrange(input.line());
+    write_line(kEndpoint, input.line());
+    write_line(kNameServers, input.line());
+    write_line(kSwitch, input.line());
+    write_line(kDebug, input.line());
+    const std::set<std::string> before = all_files();
+    std::set<std::string> absent;
+    for (const Dump &dump : kDumps) {
+        if (before.count(dump.path) == 0) {
+            absent.insert(dump.path);
+        }
+    }
+    const int descriptor = fuzz::free_descriptor();
+
+    fuzz::answer_with(input, kSuccess);
+    char name[] = "kdump";
+    char *arguments[] = {name, kind.get(), argument.get(), nullptr};
+    int count = 3;
+    while (count > 1 && *arguments[count - 1] == '\0') {
+        arguments[--count] = nullptr;
+    }
+    if (count == 3 && std::strcmp(arguments[2], kEmpty) == 0) {
+        *arguments[2] = '\0';
+    }
+    {
+        const fuzz::InProduct in_product(kStandIns);
+        REQUIRE(run_program(count, arguments) == 0);
+    }
+    check_files(before, all_files());
+    for (const Dump &dump : kDumps) {
+        if (absent.count(dump.path) == 0) {
+            check_dump(dump);
+        }
+    }
+    REQUIRE(reboots == 0 || (reboots == 1 && fuzz::exists(kUpgraded)));
+    REQUIRE(slept % 10 == 0);
+    check_console();
+    REQUIRE(fuzz::free_descriptor() == descriptor && fuzz::all_released());
+    std::free(g_upload_url);  // the program's end frees it, when the requests have failed
+    g_upload_url = nullptr;
+    return 0;
+}
