@@ -2,13 +2,9 @@
 // printed of whole numbers parses to the same tree, and a failure points into the text.
 #include <cjson/cJSON.h>
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <string>
 
+#include "fuzz.h"
 #include "json_parser/json_parser.h"
 #include "json_parser/owned_json.h"
 
@@ -18,12 +14,6 @@ struct FreeText {
     void operator()(char *text) const { std::free(text); }
 };
 using Text = std::unique_ptr<char, FreeText>;
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 bool same_text(const char *a, const char *b) { return a && b ? std::strcmp(a, b) == 0 : a == b; }
 
@@ -49,33 +39,48 @@ bool whole_numbers(const JsonNode *node) {
     return true;
 }
 
+// One string for each element or member, without quotes and backslashes.
+void check_string_array(const JsonNode *document) {
+    const OwnedJson object(createJsonObject());
+    REQUIRE(addJsonStringArrayToObject(object.get(), "copy", document) == nullptr);
+    const JsonNode *const strings = getJsonObjectForKey(object.get(), "COPY");
+    REQUIRE(getJsonType(strings) == JSON_KIND_ARRAY);
+    REQUIRE(getJsonArraySize(strings) == getJsonArraySize(document));
+    for (const JsonNode *node = getJsonChild(strings); node; node = getJsonNext(node)) {
+        REQUIRE(getJsonType(node) == JSON_KIND_STRING);
+        REQUIRE(std::strpbrk(getJsonStringValue(node), "\"\\") == nullptr);
+    }
+}
+
 using Parse = JsonNode *(*)(const char *) noexcept;
 
-void check(Parse parse, const std::string &text) {
-    const OwnedJson document(parse(text.c_str()));
+void check(Parse parse, std::string_view bytes) {
+    const std::unique_ptr<char[]> text = fuzz::c_text(bytes);
+    const OwnedJson document(parse(text.get()));
     if (!document) {
         const char *const position = cJSON_GetErrorPtr();
-        require(position >= text.c_str() && position <= text.c_str() + std::strlen(text.c_str()));
+        REQUIRE(position >= text.get() && position <= text.get() + std::strlen(text.get()));
         return;
     }
     const Text formatted(printJson(document.get()));
     const Text plain(printJsonUnformatted(document.get()));
-    require(formatted && plain);
+    REQUIRE(formatted && plain);
     if (whole_numbers(document.get())) {
-        require(same_tree(document.get(), OwnedJson(parse(formatted.get())).get()));
-        require(same_tree(document.get(), OwnedJson(parse(plain.get())).get()));
+        REQUIRE(same_tree(document.get(), OwnedJson(parse(formatted.get())).get()));
+        REQUIRE(same_tree(document.get(), OwnedJson(parse(plain.get())).get()));
     }
     const OwnedJson copy(duplicateJson(document.get(), 1));
-    require(copy != nullptr);
+    REQUIRE(copy != nullptr);
+    check_string_array(document.get());
     if (parse == parseJsonText) {
-        require(same_text(Text(printJson(copy.get())).get(), formatted.get()));
+        REQUIRE(same_text(Text(printJson(copy.get())).get(), formatted.get()));
     }
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char *>(data), size);
+    const std::string_view text(reinterpret_cast<const char *>(data), size);
     check(parseJsonText, text);
     check(parseJsonTextLongLongUint, text);
     return 0;
