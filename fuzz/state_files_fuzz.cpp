@@ -19,8 +19,9 @@
 
 namespace {
 
-// One file under all these names.
-constexpr const char *kContent = "/tmp/content";
+// One file a partition, under all these names.
+constexpr const char *kStatusContent = "/tmp/content";
+constexpr const char *kSettingsContent = "/mnt/data/content";
 constexpr const char *kNames[] = {SETTINGS "cloud_debug",
                                   SETTINGS "cloud_RenewDHCP",
                                   SETTINGS "cloud_DetectDNS",
@@ -50,7 +51,8 @@ constexpr uint32_t (*kTextGetters[])(char *) = {
     api_checkin_status_get,      api_fallback_host_get,          api_connection_keeper_host_get,
     api_quenta_server_get,       api_connection_keeper_path_get, api_etcd_url_get};
 
-int content_file = -1;
+int status_content = -1;
+int settings_content = -1;
 
 bool is_blank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
@@ -130,9 +132,11 @@ void check_turn(std::string_view content) {
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     world::enter();
-    content_file = open(kContent, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    status_content = open(kStatusContent, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    settings_content = open(kSettingsContent, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     for (const char *name : kNames) {
-        REQUIRE(symlink(kContent, name) == 0);
+        const bool is_setting = fuzz::begins_with(name, SETTINGS);
+        REQUIRE(link(is_setting ? kSettingsContent : kStatusContent, name) == 0);
     }
     return 0;
 }
@@ -142,7 +146,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     std::memset(sys_mac_addr_compact, 0, sizeof sys_mac_addr_compact);
     input.line().copy(sys_mac_addr_compact, sizeof sys_mac_addr_compact - 1);
     const std::string_view content = input.rest();
-    fuzz::write_descriptor(content_file, content);
+    fuzz::write_descriptor(status_content, content);
+    fuzz::write_descriptor(settings_content, content);
     const int descriptor = fuzz::free_descriptor();
 
     check_texts(content);
