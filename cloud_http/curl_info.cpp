@@ -74,7 +74,7 @@ void log_line(CURL *handle, const InfoLine &line) noexcept {
 
 }  // namespace
 
-void curl_post_transfer_hook(CURL *) noexcept {}
+void curl_post_transfer_hook(CURL * /*handle*/) noexcept {}
 
 void curl_info_dump(CURL *handle) noexcept {
     for (const InfoLine &line : kInfoLines) {

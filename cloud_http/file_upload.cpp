@@ -54,7 +54,7 @@ Attempt attempt(const Upload &upload) noexcept {
         cloud_log("%s %d filename %s not found\n", kFunction, 383, upload.filename);
         return {false, CURLE_OK, 0};
     }
-    struct stat status;
+    struct stat status = {};
     if (fstat(fileno(file.get()), &status) != 0) {
         cloud_log("%s %d filename %s\n", kFunction, 388, upload.filename);
         return {false, CURLE_OK, 0};

@@ -34,7 +34,7 @@ std::size_t append_to_memory(HttpReply &reply, const char *chunk, std::size_t le
 }  // namespace
 
 size_t http_reply_write(char *chunk, size_t item_size, size_t item_count, void *record) noexcept {
-    HttpReply *const reply = static_cast<HttpReply *>(record);
+    auto *const reply = static_cast<HttpReply *>(record);
     const std::size_t length = item_size * item_count;
     if (reply == nullptr) {
         cloud_log("reply ignored\n");

@@ -37,6 +37,7 @@ class Transfer {
     // What a request needs could not be allocated outside of libcurl.
     void miss_memory() noexcept { lacks_memory_ = true; }
 
+    // NOLINTNEXTLINE(readability-make-member-function-const): the transfer changes
     CURLcode perform() noexcept {
         return lacks_memory_ ? CURLE_OUT_OF_MEMORY : curl_easy_perform(handle());
     }

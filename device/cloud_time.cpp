@@ -59,7 +59,7 @@ void set_manual_time(const char *cloud_time) noexcept {
         time.data()[time.length() - 1] = '\0';  // the device's time has no zone letter at its end
     }
     FixedText<100> body;
-    body.format("{\"manualTime\":\"%s%s\"}", time.c_str(), "");
+    body.format(R"({"manualTime":"%s%s"})", time.c_str(), "");
     http_patch(kSettingsUrl, body.c_str(), nullptr);
 }
 

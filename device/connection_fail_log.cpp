@@ -49,7 +49,7 @@ int api_conn_fail_log_time_set(uint32_t start) noexcept {
     }
     int32_t up_time = 0;
     sn_get_sys_up_time(&up_time);
-    std::fprintf(file.get(), "%d", up_time > kHeadStart ? up_time - kHeadStart : 0);
+    (void)std::fprintf(file.get(), "%d", up_time > kHeadStart ? up_time - kHeadStart : 0);
     return 0;
 }
 

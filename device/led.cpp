@@ -11,8 +11,8 @@ namespace {
 
 constexpr const char *kCloudBlinking = "/tmp/cloud_blinking";
 constexpr const char *kZorbconBlinking = "/tmp/zorbcon_blinking";
-constexpr const char *kBlink = "{\"systemLED\":\"twinkle\"}";
-constexpr const char *kSteady = "{\"systemLED\":\"solidLight\"}";
+constexpr const char *kBlink = R"({"systemLED":"twinkle"})";
+constexpr const char *kSteady = R"({"systemLED":"solidLight"})";
 
 int switch_led(const char *body) noexcept {
     http_patch(LOCAL_SERVICE "system/settings/ledblink", body, nullptr);

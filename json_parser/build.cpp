@@ -5,7 +5,7 @@
 namespace {
 
 bool can_add(const JsonNode *parent, const JsonNode *node) noexcept {
-    return parent && node && parent != node;
+    return parent != nullptr && node != nullptr && parent != node;
 }
 
 bool add_named(JsonNode *object, const char *key, JsonNode *node) noexcept {

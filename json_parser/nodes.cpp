@@ -69,7 +69,7 @@ namespace {
 
 bool copy_text(char *&to, const char *from) noexcept {
     to = copy_of(from).release();
-    return to || !from;
+    return to != nullptr || from == nullptr;
 }
 
 OwnedJson duplicate(const JsonNode &node, bool recurse, int level) noexcept {

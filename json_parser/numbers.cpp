@@ -107,7 +107,7 @@ void read_number(JsonNode &node, const char *begin, NumberMode mode, char *scrat
         }
         return;
     }
-    const std::size_t length = static_cast<std::size_t>(end - begin);
+    const auto length = static_cast<std::size_t>(end - begin);
     std::memcpy(scratch, begin, length);
     scratch[length] = '\0';
     if (char *const point = std::strchr(scratch, '.')) {

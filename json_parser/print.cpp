@@ -39,6 +39,7 @@ class Mirror {
         const std::size_t item_bytes = extent.items * sizeof(cJSON);
         block_.reset(static_cast<char *>(cJSON_malloc(item_bytes + extent.numbers * kNumberSpace)));
         if (block_) {
+            // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): aligned, as malloc's
             next_item_ = reinterpret_cast<cJSON *>(block_.get());
             next_text_ = block_.get() + item_bytes;
             root_ = mirror(node);

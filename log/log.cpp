@@ -39,9 +39,9 @@ OwnedText finished_line(const char *format, std::va_list arguments) noexcept {
     tzset();  // as ctime does: a long-running agent follows a change of the time zone
     const char *const time_text = ctime_r(&now, stamp);
     const int written = std::snprintf(line.get(), size, "[%s", time_text ? time_text : "\n");
-    const std::size_t start = static_cast<std::size_t>(written);
+    const auto start = static_cast<std::size_t>(written);
     line.get()[start - 1] = ']';  // over the newline that ends the time
-    std::vsnprintf(line.get() + start, size - start - 1, format, arguments);
+    (void)std::vsnprintf(line.get() + start, size - start - 1, format, arguments);
     return line;
 }
 

@@ -21,7 +21,7 @@ bool write_value(const char *path, const char *format, ...) noexcept {
     }
     std::va_list arguments;
     va_start(arguments, format);
-    std::vfprintf(file.get(), format, arguments);
+    (void)std::vfprintf(file.get(), format, arguments);
     va_end(arguments);
     return true;
 }

@@ -86,10 +86,12 @@ uint32_t get_lasting_switch(const char *path, uint32_t *value) noexcept {
 #define TEXT_FILE(getter, setter, path, fallback) \
     TEXT_GETTER(getter, path, fallback)           \
     TEXT_SETTER(setter, path)
+// NOLINTBEGIN(bugprone-macro-parentheses): a type takes none
 #define NUMBER_GETTER(getter, Number, conversion, path, fallback)     \
     uint32_t getter(Number *value) noexcept {                         \
         return get_number<Number>(path, conversion, value, fallback); \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 #define NUMBER_SETTER(setter, Number, conversion, path)                 \
     uint32_t setter(Number value) noexcept {                            \
         return write_value(path, conversion, value) ? kDone : kRefused; \
@@ -152,7 +154,7 @@ uint32_t api_sorvane_list_set(char (*entries)[256], int count, const char *selec
         TextBuffer entry;  // a slot without a terminator ends with the slot
         entry.format("%.*s", static_cast<int>(TextBuffer::size()), entries[i]);
         const bool marked = selected != nullptr && std::strcmp(entry.c_str(), selected) == 0;
-        std::fprintf(file.get(), "%s%s\n", marked ? "*" : "", entry.c_str());
+        (void)std::fprintf(file.get(), "%s%s\n", marked ? "*" : "", entry.c_str());
     }
     return kDone;
 }

@@ -23,6 +23,7 @@ char *str_case_search(const char *haystack, const char *needle) noexcept {
             ++same;
         }
         if (needle[same] == '\0') {
+            // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): as strstr does it
             return const_cast<char *>(haystack);
         }
         if (*haystack == '\0') {
@@ -32,7 +33,7 @@ char *str_case_search(const char *haystack, const char *needle) noexcept {
 }
 
 int api_file_exist(const char *path) noexcept {
-    struct stat status;
+    struct stat status = {};
     const int exists = path != nullptr && stat(path, &status) == 0 ? 1 : 0;
     cloud_log("%s: %i\n\n", path, exists);
     return exists;

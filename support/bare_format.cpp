@@ -41,7 +41,7 @@ const char *take_number(const char *at, const char *star_value, FixedText<48> &t
         return skip_position(at + 1);
     }
     const char *const after = skip_digits(at);
-    std::size_t length = static_cast<std::size_t>(after - at);
+    auto length = static_cast<std::size_t>(after - at);
     while (length > kMostDigits && *at == '0') {
         ++at;
         --length;

@@ -13,7 +13,7 @@ struct FreeText {
 };
 
 struct CloseFile {
-    void operator()(std::FILE *file) const noexcept { std::fclose(file); }
+    void operator()(std::FILE *file) const noexcept { (void)std::fclose(file); }
 };
 
 using OwnedText = std::unique_ptr<char, FreeText>;
