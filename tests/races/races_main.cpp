@@ -1,0 +1,79 @@
+/*
+ * Usage: races [--sample] [--kdump PROGRAM] [CONTEST]
+ *
+ * Starts two to sixteen runs of one kind, or of kinds with one marker, together, a thousand rounds
+ * each: the cloud holds its first reply until all others have ended, so exactly one may have got
+ * past the guard. --sample: twenty rounds. CONTEST: only the one of that name.
+ */
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "contest.h"
+#include "private_world.h"
+
+namespace {
+
+constexpr std::size_t kRounds = 1000;
+constexpr std::size_t kSampledRounds = 20;
+constexpr std::size_t kFewest = 2;
+constexpr std::size_t kMost = 16;
+
+struct Wanted {
+    bool sample = false;
+    std::string kdump = KDUMP_PROGRAM;
+    std::string contest;
+};
+
+Wanted read_arguments(int argc, char **argv) {
+    Wanted wanted;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument == "--sample")
+            wanted.sample = true;
+        else if (argument == "--kdump" && i + 1 < argc)
+            wanted.kdump = std::filesystem::absolute(argv[++i]);
+        else
+            wanted.contest = argument;
+    }
+    return wanted;
+}
+
+// The rounds that went wrong.
+std::size_t play_all(const Contest &contest, const Wanted &wanted, std::size_t rounds,
+                     HeldCloud &cloud) {
+    world::Console console;
+    std::size_t wrong = 0;
+    std::size_t runs = 0;
+    for (std::size_t round = 0; round < rounds; ++round) {
+        const std::size_t now = kFewest + round % (kMost - kFewest + 1);
+        const std::string complaint = play(contest, now, wanted.kdump, cloud, console);
+        runs += now;
+        if (!complaint.empty() && wrong++ == 0)
+            std::printf("  round %zu, %zu runs: %s\n", round, now, complaint.c_str());
+    }
+    std::printf("%s: %zu rounds, %zu runs, %zu rounds wrong\n", contest.name.c_str(), rounds, runs,
+                wrong);
+    std::fflush(stdout);
+    return wrong;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    const Wanted wanted = read_arguments(argc, argv);
+    world::Options options;
+    options.keep = {std::filesystem::path(wanted.kdump).parent_path()};
+    world::enter(options);
+    world::reset();
+    HeldCloud cloud;
+    std::size_t wrong = 0;
+    std::size_t played = 0;
+    for (const Contest &contest : contests()) {
+        if (!wanted.contest.empty() && wanted.contest != contest.name)
+            continue;
+        wrong += play_all(contest, wanted, wanted.sample ? kSampledRounds : kRounds, cloud);
+        ++played;
+    }
+    return wrong == 0 && played != 0 ? 0 : 1;
+}

@@ -1,0 +1,156 @@
+#include "failing_memory.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+
+// AddressSanitizer's allocator keeps watching what passes through this one.
+#ifdef __SANITIZE_ADDRESS__
+#define BENEATH(call) __interceptor_##call
+#else
+#define BENEATH(call) __libc_##call
+#endif
+
+extern "C" {
+void *BENEATH(malloc)(std::size_t size);
+void *BENEATH(calloc)(std::size_t count, std::size_t size);
+void *BENEATH(realloc)(void *block, std::size_t size);
+void BENEATH(free)(void *block);
+}
+
+namespace {
+
+struct Block {
+    void *address;
+    std::size_t number;
+};
+
+constexpr std::size_t kPlaces = 1 << 16;  // a power of two, several times what is ever live
+Block g_blocks[kPlaces];                  // by address, the next free place when that is taken
+
+bool g_following = false;
+bool g_watching = false;
+std::size_t g_fail_at = 0;
+failing_memory::Mode g_mode = failing_memory::Mode::kOnce;
+std::size_t g_asked = 0;
+std::size_t g_failed = 0;
+std::size_t g_live = 0;
+
+std::size_t place_of(void *address) {
+    const auto bits = reinterpret_cast<std::uintptr_t>(address);
+    return static_cast<std::size_t>((bits >> 4) * 0x9E3779B97F4A7C15u >> 40) % kPlaces;
+}
+
+void remember(void *address, std::size_t number) {
+    std::size_t at = place_of(address);
+    while (g_blocks[at].address != nullptr)
+        at = (at + 1) % kPlaces;
+    g_blocks[at] = {address, number};
+    if (++g_live > kPlaces / 2)
+        std::abort();  // the table is too small for its task
+}
+
+// Takes an entry out and moves up those that would no longer be found behind the gap.
+void take_out(std::size_t gap) {
+    for (std::size_t at = (gap + 1) % kPlaces; g_blocks[at].address != nullptr;
+         at = (at + 1) % kPlaces) {
+        const std::size_t wish = place_of(g_blocks[at].address);
+        if ((at - wish) % kPlaces >= (at - gap) % kPlaces) {
+            g_blocks[gap] = g_blocks[at];
+            gap = at;
+        }
+    }
+    g_blocks[gap] = {};
+    --g_live;
+}
+
+void forget(void *address) {
+    if (address == nullptr || !g_following)
+        return;
+    for (std::size_t at = place_of(address); g_blocks[at].address != nullptr;
+         at = (at + 1) % kPlaces) {
+        if (g_blocks[at].address == address) {
+            take_out(at);
+            return;
+        }
+    }
+}
+
+bool must_fail() {
+    if (!g_watching)
+        return false;
+    ++g_asked;
+    const bool fails =
+        g_fail_at != 0 &&
+        (g_mode == failing_memory::Mode::kOnce ? g_asked == g_fail_at : g_asked >= g_fail_at);
+    if (fails) {
+        ++g_failed;
+        errno = ENOMEM;
+    }
+    return fails;
+}
+
+void *noted(void *address) {
+    if (g_following && address != nullptr)
+        remember(address, g_watching ? g_asked : 0);
+    return address;
+}
+
+}  // namespace
+
+extern "C" {
+
+void *malloc(std::size_t size) noexcept {
+    return must_fail() ? nullptr : noted(BENEATH(malloc)(size));
+}
+
+void *calloc(std::size_t count, std::size_t size) noexcept {
+    return must_fail() ? nullptr : noted(BENEATH(calloc)(count, size));
+}
+
+void *realloc(void *block, std::size_t size) noexcept {
+    if (must_fail())
+        return nullptr;
+    forget(block);
+    return noted(BENEATH(realloc)(block, size));
+}
+
+void free(void *block) noexcept {
+    forget(block);
+    BENEATH(free)(block);
+}
+
+}  // extern "C"
+
+namespace failing_memory {
+
+void follow() { g_following = true; }
+
+void watch(std::size_t fail_at, Mode mode) {
+    for (Block &block : g_blocks)
+        block.number = 0;
+    g_fail_at = fail_at;
+    g_mode = mode;
+    g_asked = 0;
+    g_failed = 0;
+    g_watching = true;
+}
+
+void give_back() { g_fail_at = 0; }
+
+void stop() { g_watching = false; }
+
+std::size_t asked() { return g_asked; }
+std::size_t failed() { return g_failed; }
+std::size_t live() { return g_live; }
+
+std::size_t first_live() {
+    std::size_t first = 0;
+    for (const Block &block : g_blocks) {
+        if (block.number != 0 && (first == 0 || block.number < first))
+            first = block.number;
+    }
+    return first;
+}
+
+}  // namespace failing_memory

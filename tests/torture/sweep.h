@@ -1,0 +1,28 @@
+// One operation again and again, with another of its allocations failing each time.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+
+#include "failing_memory.h"
+#include "operation.h"
+
+// Warm: in a process that has run the operation before. Cold: in a fresh process each time, where
+// libraries are used for the first time; what they keep for good is no leak.
+enum class Form { kWarm, kCold };
+
+struct Tally {
+    std::size_t allocations = 0;  // when none fails
+    std::size_t points = 0;       // runs in which at least one failed
+    std::size_t asserted = 0;     // of these, ended by the documented assertion
+    std::map<std::string, std::size_t> library_faults;  // place in OpenSSL -> cold runs ended there
+    std::string complaint;                              // the first; empty: all is well
+    std::size_t complaints = 0;
+};
+
+// stride: every so many-th allocation, the first always.
+Tally sweep(const Operation &operation, Form form, failing_memory::Mode mode, std::size_t stride);
+
+// The number of allocations of a run without a failure.
+std::size_t count_allocations(const Operation &operation, Form form);

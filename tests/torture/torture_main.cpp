@@ -1,0 +1,126 @@
+/*
+ * Usage: torture [--alone] [--sample] [--functions] [WORD]
+ *
+ * Runs every public function with each allocation that it and its libraries make failing in turn,
+ * once and from then on, and holds what it comes to against its documentation. --alone: only the
+ * operations that need no peer. --sample: fewer points of those that do. --functions: names the
+ * functions and does nothing. WORD: only the operations with that word in their name.
+ */
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include "operation.h"
+#include "peers.h"
+#include "private_world.h"
+#include "sweep.h"
+
+namespace {
+
+constexpr std::size_t kSampledPoints = 25;
+
+struct Wanted {
+    bool alone = false;
+    bool sample = false;
+    bool functions = false;
+    std::string word;
+
+    bool wants(const Operation &operation) const {
+        return (!alone || operation.reach == Reach::kAlone) &&
+               operation.name().find(word) != std::string::npos;
+    }
+};
+
+Wanted read_arguments(int argc, char **argv) {
+    Wanted wanted;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument == "--alone")
+            wanted.alone = true;
+        else if (argument == "--sample")
+            wanted.sample = true;
+        else if (argument == "--functions")
+            wanted.functions = true;
+        else
+            wanted.word = argument;
+    }
+    return wanted;
+}
+
+struct Totals {
+    std::size_t operations = 0;
+    std::size_t points = 0;
+    std::size_t asserted = 0;
+    std::size_t complaints = 0;
+    std::map<std::string, std::size_t> library_faults;
+};
+
+const char *form_word(Form form) { return form == Form::kWarm ? "warm" : "cold"; }
+
+void run(const Operation &operation, Form form, bool sample, Totals &totals) {
+    const std::size_t count = count_allocations(operation, form);
+    const std::size_t stride = sample && operation.reach != Reach::kAlone
+                                   ? std::max<std::size_t>(count / kSampledPoints, 1)
+                                   : 1;
+    for (const auto mode : {failing_memory::Mode::kOnce, failing_memory::Mode::kFromThenOn}) {
+        const Tally tally = sweep(operation, form, mode, stride);
+        std::printf("%s, %s, %s: %zu allocations, %zu failure points\n", operation.name().c_str(),
+                    form_word(form), mode == failing_memory::Mode::kOnce ? "once" : "from then on",
+                    tally.allocations, tally.points);
+        if (tally.complaints != 0)
+            std::printf("  %zu COMPLAINTS, the first at %s\n", tally.complaints,
+                        tally.complaint.c_str());
+        totals.points += tally.points;
+        totals.asserted += tally.asserted;
+        totals.complaints += tally.complaints;
+        for (const auto &[place, times] : tally.library_faults)
+            totals.library_faults[place] += times;
+        std::fflush(stdout);
+    }
+}
+
+// What can be counted at all is tortured; the rest is a complaint of its own.
+void run(const Operation &operation, bool sample, Totals &totals) {
+    ++totals.operations;
+    try {
+        run(operation, Form::kWarm, sample, totals);
+        if (operation.reach == Reach::kNetworkFromCold)
+            run(operation, Form::kCold, sample, totals);
+    } catch (const std::runtime_error &problem) {
+        ++totals.complaints;
+        std::printf("  COMPLAINT: %s\n", problem.what());
+    }
+}
+
+int report(const Totals &totals) {
+    std::printf("%zu operations, %zu failure points, %zu documented assertions, %zu complaints\n",
+                totals.operations, totals.points, totals.asserted, totals.complaints);
+    for (const auto &[place, times] : totals.library_faults)
+        std::printf("OpenSSL, used for the first time, faulted %zu times: %s\n", times,
+                    place.c_str());
+    return totals.complaints == 0 && totals.operations != 0 ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    const Wanted wanted = read_arguments(argc, argv);
+    const Operations operations = all_operations();
+    if (wanted.functions) {
+        for (const Operation &operation : operations)
+            std::printf("%s\n", operation.function.c_str());
+        return 0;
+    }
+    world::enter();
+    world::reset();
+    start_peers();
+    Totals totals;
+    for (const Operation &operation : operations) {
+        if (wanted.wants(operation))
+            run(operation, wanted.sample, totals);
+    }
+    return report(totals);
+}
