@@ -14,11 +14,13 @@ namespace {
 
 constexpr const char *kClaim = "api_get_cloudwtpflag";
 
+// Never through a link: what is claimed and emptied is a file of /tmp, not where a link leads.
+constexpr int kOpenTurnFile = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC;
+
 // The turn file, open and locked; closing it gives the lock back.
 class TurnFile {
   public:
-    TurnFile() noexcept
-        : descriptor_(open("/tmp/cloudwtpflag", O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {}
+    TurnFile() noexcept : descriptor_(open("/tmp/cloudwtpflag", kOpenTurnFile, 0644)) {}
     ~TurnFile() {
         if (locked_) {
             flock(descriptor_, LOCK_UN);

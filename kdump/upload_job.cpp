@@ -1,8 +1,10 @@
 #include "kdump/upload_job.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <cstring>
 
 #include "cloud_http/file_upload.h"
 #include "cloud_http/upload_url.h"
@@ -51,11 +53,26 @@ bool request_upload_url(const char *body) noexcept {
     }
 }
 
+// In a shared /tmp somebody else can have put a link, a file or a FIFO at the copy's place, and the
+// copy would follow it out of /tmp, or become theirs. What is this user's own stays.
+void clear_place_of_copy(const DumpFile &file, const char *argument) noexcept {
+    if (file.uploaded == nullptr && std::strchr(argument, '/') != nullptr) {
+        return;  // not a place in /tmp itself
+    }
+    WorkBuffer place;
+    place.format(file.uploaded != nullptr ? file.uploaded : "/tmp/%s", argument);
+    struct stat found;
+    if (lstat(place.c_str(), &found) == 0 && found.st_uid != geteuid() && !S_ISDIR(found.st_mode)) {
+        unlink(place.c_str());
+    }
+}
+
 void stage(const DumpFile &file, const char *argument, WorkBuffer &work) noexcept {
     work.format(file.staging_command, argument, argument);
     if (file.sites.command != 0) {
         cloud_log("%s %d cmd %s\n", kSpeaker, file.sites.command, work.c_str());
     }
+    clear_place_of_copy(file, argument);
     run_command(work.c_str());
 }
 

@@ -1,0 +1,129 @@
+// Staging copies: what somebody else has put at their place is removed before the copy is made.
+#include "shared_tmp.h"
+#include "tests/support/named_row.h"
+
+namespace {
+
+struct Copy : NamedRow {
+    std::string command;
+    std::string source;  // empty: an archive is made
+    std::string copy;
+    bool stays = false;
+};
+
+class ForeignCopy : public SharedTmp, public testing::WithParamInterface<Copy> {
+  protected:
+    // Runs the kind with somebody else's file in the copy's place; the log as without it.
+    world::Outcome run() {
+        world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
+        device.run(GetParam().command);
+        return device.outcome();
+    }
+
+    std::string log_of_undisturbed_run() {
+        const std::string log = run().commands.front().console;
+        world::reset();
+        world::write_file(kVictim, kVictimContent);
+        return world::without_stamps(log);
+    }
+
+    void expect_delivered(const world::Outcome &outcome, const std::string &log) {
+        EXPECT_EQ(outcome.commands.front().exit_status, 0);
+        EXPECT_EQ(world::without_stamps(outcome.commands.front().console), log);
+        EXPECT_EQ(victim(), kVictimContent);
+        if (GetParam().stays) {
+            EXPECT_EQ(owner_of(GetParam().copy), geteuid());
+            EXPECT_EQ(world::read_file(GetParam().copy), world::read_file(GetParam().source));
+        } else if (GetParam().source.empty()) {
+            EXPECT_THAT(world::tar_members(outcome.stored.at(0).path),
+                        testing::Contains(testing::HasSubstr("network.conf")));
+        } else {
+            EXPECT_EQ(stored(outcome), world::seeded_files().at(GetParam().source));
+        }
+    }
+};
+
+TEST_P(ForeignCopy, IsNoWayOutOfTmp) {
+    const std::string log = log_of_undisturbed_run();
+    link_to_victim(GetParam().copy);
+    NEEDS_ANOTHER_USER(give_away(GetParam().copy));
+    expect_delivered(run(), log);
+}
+
+TEST_P(ForeignCopy, DoesNotGetTheDump) {
+    const std::string log = log_of_undisturbed_run();
+    world::write_file(GetParam().copy, "mine");
+    const int kept = open(GetParam().copy.c_str(), O_RDONLY | O_CLOEXEC);
+    NEEDS_ANOTHER_USER(give_away(GetParam().copy));
+    expect_delivered(run(), log);
+    char content[8] = "";
+    EXPECT_EQ(pread(kept, content, sizeof content, 0), 4);
+    close(kept);
+}
+
+TEST_P(ForeignCopy, DoesNotHoldTheRunUp) {
+    const std::string log = log_of_undisturbed_run();
+    ASSERT_EQ(mkfifo(GetParam().copy.c_str(), 0666), 0);
+    NEEDS_ANOTHER_USER(give_away(GetParam().copy));
+    expect_delivered(run(), log);
+}
+
+const std::string kConfig = "/mnt/data/iss_config/";
+const std::string kSettings = kConfig + "current_config/";
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, ForeignCopy,
+    testing::Values(
+        Copy{{"segmentrace"},
+             "kdump segmentrace",
+             kConfig + "segmentrace.txt",
+             "/tmp/segmentrace.txt"},
+        Copy{{"dblock"}, "kdump dblock", kConfig + "dblock.txt", "/tmp/dblock.txt"},
+        Copy{{"connfaillog"},
+             "kdump connfaillog",
+             kConfig + "cloud_conn_fail_log.txt",
+             "/tmp/cloud_conn_fail_log.txt"},
+        Copy{{"watchdog"},
+             "kdump watchdog",
+             kSettings + "cloud_watchdog.log",
+             "/tmp/cloud_watchdog.log"},
+        Copy{{"RAM"}, "kdump RAM", "/tmp/cloud_dbg.txt", "/tmp/cloud_ram_dbg.txt"},
+        Copy{{"FLASH"}, "kdump FLASH -f", kSettings + "cloud_dbg.txt", "/tmp/cloud_flash_dbg.txt"},
+        Copy{{"CONFIG_ALL"}, "kdump CONFIG ALL", "", "/tmp/all_config.tar.bz2"},
+        Copy{{"CONFIG_name"},
+             "kdump CONFIG network.conf",
+             kSettings + "network.conf",
+             "/tmp/network.conf",
+             /*stays=*/true}),
+    RowName());
+
+using OwnCopy = SharedTmp;
+
+// A place that this user has arranged stays arranged.
+TEST_F(OwnCopy, MayLieElsewhere) {
+    link_to_victim("/tmp/segmentrace.txt");
+    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
+    device.run("kdump segmentrace");
+    const world::Outcome outcome = device.outcome();
+    const std::string dump = world::seeded_files().at(kConfig + "segmentrace.txt");
+    EXPECT_EQ(stored(outcome), dump);
+    EXPECT_EQ(victim(), dump);
+}
+
+TEST_F(OwnCopy, OfAnEarlierRunIsReplaced) {
+    world::write_file("/tmp/segmentrace.txt", "of an earlier run");
+    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
+    device.run("kdump segmentrace");
+    EXPECT_EQ(stored(device.outcome()), world::seeded_files().at(kConfig + "segmentrace.txt"));
+}
+
+// Only a name in /tmp itself is cleared, never a place that the name's slashes lead to.
+TEST_F(OwnCopy, IsNotClearedOutsideOfTmp) {
+    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
+    NEEDS_ANOTHER_USER(give_away(kVictim));
+    device.run("kdump CONFIG ../mnt/data/victim");
+    EXPECT_EQ(victim(), kVictimContent);
+    EXPECT_EQ(owner_of(kVictim), kSomebodyElse);
+}
+
+}  // namespace

@@ -1,0 +1,61 @@
+// What those who can speak to the program, or start it, can make it do.
+#include "shared_tmp.h"
+
+namespace {
+
+using Trusted = SharedTmp;
+
+TEST_F(Trusted, CloudNamesAnyAddressToSendTo) {
+    world::DeviceRun device(scenario(R"({"about": "a", "tfa": [{"json": {"message": "OK",
+        "upload_url": "http://127.0.0.1:8000/api/system/settings/time"}}]})"),
+                            setup());
+    device.run("kdump RAM");
+    const auto exchanges = device.outcome().exchanges;
+    EXPECT_EQ(exchanges.back().method, "PUT");
+    EXPECT_EQ(exchanges.back().url, "http://127.0.0.1:8000/api/system/settings/time");
+}
+
+// The library is built without the schemes that would read or write files.
+TEST_F(Trusted, CloudNamesNoFile) {
+    world::DeviceRun device(scenario(R"({"about": "a", "tfa": [{"json": {"message": "OK",
+        "upload_url": "file:///mnt/data/victim"}}]})"),
+                            setup());
+    device.run("kdump RAM");
+    EXPECT_EQ(victim(), kVictimContent);
+    EXPECT_TRUE(world::exists("/tmp/cloud_dbg.txt"));
+}
+
+TEST_F(Trusted, CloudWritesIntoTheLog) {
+    world::DeviceRun device(scenario(R"({"about": "a", "tfa": [{"json": {"message": "OK",
+        "upload_url": "x\n[Mon Nov 16 06:57:51 2026]main 900 segmentrace\u001b[2J"}}]})"),
+                            setup());
+    device.run("kdump RAM");
+    EXPECT_THAT(device.outcome().commands.front().console,
+                testing::HasSubstr("\n[Mon Nov 16 06:57:51 2026]main 900 segmentrace\x1b[2J"));
+}
+
+TEST_F(Trusted, LocalServiceNamesTheProxy) {
+    world::DeviceRun device(
+        scenario(R"({"about": "a", "proxy": {"server": "127.0.0.1", "port": 9}})"), setup());
+    device.run("kdump RAM");
+    const auto exchanges = device.outcome().exchanges;
+    EXPECT_THAT(device.outcome().stored, testing::IsEmpty());
+    for (const world::Exchange &exchange : exchanges)
+        EXPECT_EQ(exchange.url, "http://127.0.0.1:8000/api/system/cloud_proxy");
+}
+
+TEST_F(Trusted, CallersArgumentIsShellText) {
+    world::DeviceRun device(scenario(R"({"about": "a"})"), setup());
+    device.run("kdump CONFIG 'x; echo ran >/mnt/data/victim; true'");
+    EXPECT_EQ(victim(), "ran\n");
+}
+
+TEST_F(Trusted, CallersPathNamesTheTools) {
+    world::DeviceRun device(scenario(R"({"about": "a"})"), setup());
+    world::write_file("/run/device/tools/cp", "#!/bin/sh\necho ran >/mnt/data/victim\n");
+    std::filesystem::permissions("/run/device/tools/cp", std::filesystem::perms(0755));
+    device.run("PATH=/run/device/tools:$PATH kdump segmentrace");
+    EXPECT_EQ(victim(), "ran\n");
+}
+
+}  // namespace
