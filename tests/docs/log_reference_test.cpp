@@ -111,7 +111,7 @@ void add_row(Lines &lines, const std::string &heading, const std::vector<std::st
         lines.insert({heading, cells.at(0), cells.at(1), without_backticks(cells.at(2))});
     } else if (head[0] == "Line") {
         lines.insert({heading, cells.at(1), cells.at(0), without_backticks(cells.at(2))});
-    } else {
+    } else if (head[0] == "Kind" || head[0] == "File of") {
         for (size_t i = 1; i < cells.size(); ++i)
             if (!cells[i].empty())
                 lines.insert({cells[0], "main", cells[i], head.at(i)});
