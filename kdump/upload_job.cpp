@@ -54,7 +54,7 @@ bool request_upload_url(const char *body) noexcept {
 }
 
 // In a shared /tmp somebody else can have put a link, a file or a FIFO at the copy's place, and the
-// copy would follow it out of /tmp, or become theirs. What is this user's own stays.
+// copy would follow it out of /tmp, or become theirs. This user's own file or FIFO stays.
 void clear_place_of_copy(const DumpFile &file, const char *argument) noexcept {
     if (file.uploaded == nullptr && std::strchr(argument, '/') != nullptr) {
         return;  // not a place in /tmp itself
@@ -62,7 +62,10 @@ void clear_place_of_copy(const DumpFile &file, const char *argument) noexcept {
     WorkBuffer place;
     place.format(file.uploaded != nullptr ? file.uploaded : "/tmp/%s", argument);
     struct stat found;
-    if (lstat(place.c_str(), &found) == 0 && found.st_uid != geteuid() && !S_ISDIR(found.st_mode)) {
+    if (lstat(place.c_str(), &found) != 0 || S_ISDIR(found.st_mode)) {
+        return;
+    }
+    if (S_ISLNK(found.st_mode) || found.st_uid != geteuid()) {
         unlink(place.c_str());
     }
 }
