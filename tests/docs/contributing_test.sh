@@ -14,7 +14,7 @@ virtual_device=$2
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
 find kdump state device cloud_http json_parser log support tests virtual_device \
-    -name '*.h' -o -name '*.c' -o -name '*.cpp' | xargs cp --parents -t "$copy"
+    \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -exec cp --parents -t "$copy" {} +
 pieces=$copy/pieces
 mkdir "$pieces"
 
