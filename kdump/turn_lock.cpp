@@ -2,8 +2,10 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "log/log.h"
@@ -14,13 +16,22 @@ namespace {
 
 constexpr const char *kClaim = "api_get_cloudwtpflag";
 
-// Never through a link: what is claimed and emptied is a file of /tmp, not where a link leads.
-constexpr int kOpenTurnFile = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC;
+// Not through somebody else's link: what is claimed and emptied is a file of /tmp, not where they
+// like.
+int open_turn_file() noexcept {
+    constexpr const char *kPath = "/tmp/cloudwtpflag";
+    constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC;
+    struct stat found;
+    const int opened = open(kPath, kFlags | O_NOFOLLOW, 0644);
+    const bool own_link =
+        opened < 0 && errno == ELOOP && lstat(kPath, &found) == 0 && found.st_uid == geteuid();
+    return own_link ? open(kPath, kFlags, 0644) : opened;
+}
 
 // The turn file, open and locked; closing it gives the lock back.
 class TurnFile {
   public:
-    TurnFile() noexcept : descriptor_(open("/tmp/cloudwtpflag", kOpenTurnFile, 0644)) {}
+    TurnFile() noexcept : descriptor_(open_turn_file()) {}
     ~TurnFile() {
         if (locked_) {
             flock(descriptor_, LOCK_UN);

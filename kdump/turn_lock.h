@@ -15,8 +15,8 @@ extern int g_turn_held;
 /*
  * Claims or confirms the turn, waiting for the file's lock. Granted when the file is empty ("cloud"
  * is then written) or holds "cloud" or "zorbcon". Returns 0 when granted, -1 for any other content
- * and on failure; g_turn_held is then unchanged. Creates the file with mode 0644; a symbolic link in
- * its place is a failure.
+ * and on failure; g_turn_held is then unchanged. Creates the file with mode 0644; another
+ * user's symbolic link in its place is a failure.
  *
  * A descriptor 0 from opening the file counts as a failure and is left open: call this with
  * standard input open.

@@ -1,4 +1,4 @@
-// The library's own files: the turn file is never a link; the others go where a link leads.
+// The library's own files: the turn file is never another's link; the others go where a link leads.
 #include <cstring>
 
 #include "cloud_http/upload_url.h"
@@ -23,6 +23,7 @@ TEST_F(LinkedFile, IsNoTurnFile) {
     for (const char *target : {kVictim, "/mnt/data/nowhere"}) {
         unlink(kTurnFile.c_str());
         std::filesystem::create_symlink(target, kTurnFile);
+        NEEDS_ANOTHER_USER(give_away(kTurnFile));
         g_turn_held = 7;
         EXPECT_EQ(api_get_cloudwtpflag(), -1);
         EXPECT_EQ(api_release_cloudwtpflag(), -1);

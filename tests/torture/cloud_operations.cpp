@@ -131,7 +131,7 @@ Operation upload_row(const char *situation, Reach reach, int flag, int memory_re
 
 Operations upload_rows() {
     return {
-        upload_row("once", Reach::kNetworkFromCold, 0, 0, kSentOrKept, {}),
+        upload_row("once", Reach::kNetwork, 0, 0, kSentOrKept, {}),
         upload_row("three times, memory back at the second pause", Reach::kNetwork, 1, 2,
                    kSentOrKept, {}),
         // Ends without success only where the file cannot be opened, at the first or a later try.

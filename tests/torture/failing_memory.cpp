@@ -1,8 +1,12 @@
 #include "failing_memory.h"
 
+#include <dlfcn.h>
+#include <execinfo.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 // AddressSanitizer's allocator keeps watching what passes through this one.
 #ifdef __SANITIZE_ADDRESS__
@@ -35,6 +39,9 @@ failing_memory::Mode g_mode = failing_memory::Mode::kOnce;
 std::size_t g_asked = 0;
 std::size_t g_failed = 0;
 std::size_t g_live = 0;
+constexpr int kMostCallers = 8;
+void *g_callers[kMostCallers];  // of the first allocation that failed
+int g_caller_count = 0;
 
 std::size_t place_of(void *address) {
     const auto bits = reinterpret_cast<std::uintptr_t>(address);
@@ -84,7 +91,8 @@ bool must_fail() {
         g_fail_at != 0 &&
         (g_mode == failing_memory::Mode::kOnce ? g_asked == g_fail_at : g_asked >= g_fail_at);
     if (fails) {
-        ++g_failed;
+        if (g_failed++ == 0)
+            g_caller_count = backtrace(g_callers, kMostCallers);
         errno = ENOMEM;
     }
     return fails;
@@ -142,6 +150,16 @@ void stop() { g_watching = false; }
 
 std::size_t asked() { return g_asked; }
 std::size_t failed() { return g_failed; }
+bool openssl_asked() {
+    for (int i = 0; i < g_caller_count && g_failed != 0; ++i) {
+        Dl_info place;
+        if (dladdr(g_callers[i], &place) != 0 &&
+            (std::strstr(place.dli_fname, "libcrypto") || std::strstr(place.dli_fname, "libssl")))
+            return true;
+    }
+    return false;
+}
+
 std::size_t live() { return g_live; }
 
 std::size_t first_live() {

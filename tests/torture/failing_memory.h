@@ -24,6 +24,9 @@ void stop();
 std::size_t asked();   // allocations while watched
 std::size_t failed();  // of these
 
+// Whether the first that failed was OpenSSL's.
+bool openssl_asked();
+
 std::size_t live();        // blocks that are followed and not freed
 std::size_t first_live();  // the number of the first of them that was allocated while watched, or 0
 

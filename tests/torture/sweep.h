@@ -13,16 +13,21 @@
 enum class Form { kWarm, kCold };
 
 struct Tally {
-    std::size_t allocations = 0;  // when none fails
-    std::size_t points = 0;       // runs in which at least one failed
-    std::size_t asserted = 0;     // of these, ended by the documented assertion
-    std::map<std::string, std::size_t> library_faults;  // place in OpenSSL -> cold runs ended there
+    std::size_t points = 0;    // runs in which at least one failed
+    std::size_t asserted = 0;  // of these, ended by the documented assertion
+    std::map<std::string, std::size_t> library_faults;  // what OpenSSL did -> so many runs
     std::string complaint;                              // the first; empty: all is well
     std::size_t complaints = 0;
 };
 
-// stride: every so many-th allocation, the first always.
-Tally sweep(const Operation &operation, Form form, failing_memory::Mode mode, std::size_t stride);
+// Which allocations fail, run by run.
+struct Points {
+    std::size_t first;
+    std::size_t last;
+    std::size_t stride;
+};
 
-// The number of allocations of a run without a failure.
+Tally sweep(const Operation &operation, Form form, failing_memory::Mode mode, const Points &points);
+
+// The number of allocations of a run without a failure. Throws when even that goes wrong.
 std::size_t count_allocations(const Operation &operation, Form form);

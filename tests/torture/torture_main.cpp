@@ -1,10 +1,11 @@
 /*
- * Usage: torture [--alone] [--sample] [--functions] [WORD]
+ * Usage: torture [--alone] [--sample] [--functions] [--at NUMBER] [WORD]
  *
  * Runs every public function with each allocation that it and its libraries make failing in turn,
  * once and from then on, and holds what it comes to against its documentation. --alone: only the
  * operations that need no peer. --sample: fewer points of those that do. --functions: names the
- * functions and does nothing. WORD: only the operations with that word in their name.
+ * functions and does nothing. --at: only that allocation fails, alone and with all that follow.
+ * WORD: only the operations with that word in their name.
  */
 #include <algorithm>
 #include <cstdio>
@@ -26,6 +27,7 @@ struct Wanted {
     bool alone = false;
     bool sample = false;
     bool functions = false;
+    std::size_t at = 0;  // 0: every allocation
     std::string word;
 
     bool wants(const Operation &operation) const {
@@ -44,6 +46,8 @@ Wanted read_arguments(int argc, char **argv) {
             wanted.sample = true;
         else if (argument == "--functions")
             wanted.functions = true;
+        else if (argument == "--at" && i + 1 < argc)
+            wanted.at = std::stoul(argv[++i]);
         else
             wanted.word = argument;
     }
@@ -60,16 +64,18 @@ struct Totals {
 
 const char *form_word(Form form) { return form == Form::kWarm ? "warm" : "cold"; }
 
-void run(const Operation &operation, Form form, bool sample, Totals &totals) {
+void run(const Operation &operation, Form form, const Wanted &wanted, Totals &totals) {
     const std::size_t count = count_allocations(operation, form);
-    const std::size_t stride = sample && operation.reach != Reach::kAlone
-                                   ? std::max<std::size_t>(count / kSampledPoints, 1)
-                                   : 1;
+    Points points = {1, count, 1};
+    if (wanted.at != 0)
+        points = {wanted.at, wanted.at, 1};
+    else if (wanted.sample && operation.reach != Reach::kAlone)
+        points.stride = std::max<std::size_t>(count / kSampledPoints, 1);
     for (const auto mode : {failing_memory::Mode::kOnce, failing_memory::Mode::kFromThenOn}) {
-        const Tally tally = sweep(operation, form, mode, stride);
+        const Tally tally = sweep(operation, form, mode, points);
         std::printf("%s, %s, %s: %zu allocations, %zu failure points\n", operation.name().c_str(),
                     form_word(form), mode == failing_memory::Mode::kOnce ? "once" : "from then on",
-                    tally.allocations, tally.points);
+                    count, tally.points);
         if (tally.complaints != 0)
             std::printf("  %zu COMPLAINTS, the first at %s\n", tally.complaints,
                         tally.complaint.c_str());
@@ -83,12 +89,12 @@ void run(const Operation &operation, Form form, bool sample, Totals &totals) {
 }
 
 // What can be counted at all is tortured; the rest is a complaint of its own.
-void run(const Operation &operation, bool sample, Totals &totals) {
+void run(const Operation &operation, const Wanted &wanted, Totals &totals) {
     ++totals.operations;
     try {
-        run(operation, Form::kWarm, sample, totals);
+        run(operation, Form::kWarm, wanted, totals);
         if (operation.reach == Reach::kNetworkFromCold)
-            run(operation, Form::kCold, sample, totals);
+            run(operation, Form::kCold, wanted, totals);
     } catch (const std::runtime_error &problem) {
         ++totals.complaints;
         std::printf("  COMPLAINT: %s\n", problem.what());
@@ -99,8 +105,7 @@ int report(const Totals &totals) {
     std::printf("%zu operations, %zu failure points, %zu documented assertions, %zu complaints\n",
                 totals.operations, totals.points, totals.asserted, totals.complaints);
     for (const auto &[place, times] : totals.library_faults)
-        std::printf("OpenSSL, used for the first time, faulted %zu times: %s\n", times,
-                    place.c_str());
+        std::printf("%zu runs ended by %s\n", times, place.c_str());
     return totals.complaints == 0 && totals.operations != 0 ? 0 : 1;
 }
 
@@ -120,7 +125,7 @@ int main(int argc, char **argv) {
     Totals totals;
     for (const Operation &operation : operations) {
         if (wanted.wants(operation))
-            run(operation, wanted.sample, totals);
+            run(operation, wanted, totals);
     }
     return report(totals);
 }
