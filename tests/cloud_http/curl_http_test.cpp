@@ -88,6 +88,14 @@ TEST_F(CurlHttpTest, NeedsNoPlaceForTheReply) {
     EXPECT_EQ(local_service->requests().size(), 1u);
 }
 
+TEST_F(CurlHttpTest, SendsTheBodyWithoutAMethodToo) {
+    local_service->on("/api/thing", {world::json_reply("{}")});
+    EXPECT_EQ(curl_http(nullptr, kUrl, nullptr, "b"), 0);
+    ASSERT_EQ(local_service->requests().size(), 1u);
+    EXPECT_EQ(local_service->requests()[0].method, "POST");
+    EXPECT_EQ(local_service->requests()[0].body, "b");
+}
+
 TEST_F(CurlHttpTest, NeverReadsStandardInput) {
     local_service->on("/api/thing", {world::json_reply("{}")});
     world::write_file("/tmp/input", "typed");

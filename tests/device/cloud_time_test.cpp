@@ -87,6 +87,13 @@ TEST_F(CloudTime, ZoneIsNotAppended) {
     EXPECT_EQ(times_set(), std::vector<std::string>{R"({"manualTime":"12"})"});
 }
 
+TEST_F(CloudTime, IsNotAskedForWithoutAScheme) {
+    EXPECT_EQ(api_get_time(nullptr, kHost), -1);
+    EXPECT_EQ(logged(), "url: (null)://time.test/time\n<statistics>\ncurl error (3) \n");
+    EXPECT_TRUE(cloud.requests().empty());
+    EXPECT_TRUE(asked().empty());
+}
+
 TEST_F(CloudTime, OnlyStatus200IsAccepted) {
     const std::string body = time_reply("12Z");
     const struct {
