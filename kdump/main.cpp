@@ -1,4 +1,5 @@
 // kdump KIND [ARG]: uploads one kind of diagnostic dump. Always exits 0; the log tells.
+#include <cstdio>
 #include <cstdlib>
 
 #include "cloud_http/upload_url.h"
@@ -17,6 +18,9 @@ constexpr const char *kForgottenVariables[] = {
 }  // namespace
 
 int main(int argc, char **argv) {
+    // libcurl writes its trace in pieces: a line then takes one write, not one for each of them.
+    static char trace_lines[1024];
+    (void)std::setvbuf(stderr, trace_lines, _IOLBF, sizeof trace_lines);
     for (const char *variable : kForgottenVariables) {
         unsetenv(variable);
     }
