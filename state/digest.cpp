@@ -9,7 +9,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -80,8 +79,13 @@ int hmac_sha256_hex(const char *message, const char *key, char *out, size_t size
     hmac_sha256_update(&context, text, std::strlen(text));
     hmac_sha256_final(&context, digest);
     OPENSSL_cleanse(&context, sizeof context);
-    for (std::size_t i = 0; i < SHA256_DIGEST_LENGTH && 2 * i < size; ++i) {
-        (void)std::snprintf(out + 2 * i, size - 2 * i, "%02x", digest[i]);
+    std::size_t length = 0;
+    for (; length < std::size_t{2} * SHA256_DIGEST_LENGTH && length + 1 < size; ++length) {
+        const unsigned byte = digest[length / 2];
+        out[length] = "0123456789abcdef"[length % 2 == 0 ? byte >> 4 : byte & 0xF];
+    }
+    if (size != 0) {
+        out[length] = '\0';
     }
     return 0;
 }
