@@ -78,11 +78,10 @@ void write_to_file(const char *line) noexcept {
 // Most devices run with both sinks off: then a line must cost next to nothing. So this function
 // holds no buffer and needs no guard of its own; the work is done, guarded, in write_line.
 __attribute__((no_stack_protector)) void cloud_log(const char *format, ...) noexcept {
-    if (g_console_debug == 0 && g_file_log == 0) {
-        return;
+    if (__builtin_expect((g_console_debug | g_file_log) != 0, 0)) {
+        std::va_list arguments;
+        va_start(arguments, format);
+        write_line(format, arguments);
+        va_end(arguments);
     }
-    std::va_list arguments;
-    va_start(arguments, format);
-    write_line(format, arguments);
-    va_end(arguments);
 }
