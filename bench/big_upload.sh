@@ -2,7 +2,7 @@
 # Usage (inside the virtual device, with nginx): big_upload.sh RESULT_FOLDER BUILD_FOLDER PAIRS [MIB]
 #
 # One file to nginx over TLS, in turns by the library's upload and by `curl -T`; then, for the growth
-# of the memory, files from 1 MiB on by the library alone.
+# of the memory, files from 1 MiB on.
 set -euo pipefail
 
 results=$1 build=$2 pairs=$3 mebibytes=${4:-1024}
@@ -43,5 +43,8 @@ rm /run/world/big
 for size in 1 4 16 64 256 1024; do
     [ "$size" -le "$mebibytes" ] || continue
     head -c "${size}M" /dev/zero >/run/world/grown
-    by_library /run/world/grown "$results/big_upload.grown.$size"
+    for _ in 1 2 3; do
+        by_curl /run/world/grown "$results/big_upload.grown.curl.$size"
+        by_library /run/world/grown "$results/big_upload.grown.library.$size"
+    done
 done

@@ -2,7 +2,8 @@
 # Usage: collect.sh RESULT_FOLDER BUILD_FOLDER: what was measured, as one JSON document.
 set -euo pipefail
 
-results=$1 build=$2
+results=$1
+build=$2 # for rivals.sh
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 # shellcheck source=bench/rivals.sh
 . "$here/rivals.sh"
@@ -11,49 +12,68 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 disk_kb() {
     {
         realpath "$@"
-        ldd "$@" | sed -n 's/.*\(=> \| \)\(\/[^ ]*\) (.*/\2/p' | grep -Ev '/(libc|libm|ld-linux[^/]*)\.so' |
-            xargs -r realpath
+        ldd "$@" | awk '$2 == "=>" { print $3 }' | { grep -Ev '/lib[cm]\.so' || true; } | xargs -r realpath
     } | sort -u | xargs du -Lk --apparent-size | awk '{ sum += $1 } END { print sum }'
 }
 
+# One round of hyperfine is one value: what else the machine does meets all rivals of a round alike.
+times() {
+    jq --arg name "$1" '.results[] | select(.command == $name) | {wall: .median, cpu: (.user + .system)}' \
+        "$results"/whole_run.times.*
+}
+
 rival() {
-    local name=$1 program=${rival_commands[$1]%% *}
-    case $name in
-    script) disk=$(disk_kb "$(command -v curl)" "$(command -v jq)") ;;
-    *) disk=$(disk_kb "$program") ;;
-    esac
-    jq -n --arg name "$name" --argjson disk "$disk" \
+    local name=$1 programs=("${rival_commands[$1]%% *}")
+    [ "$name" != script ] || programs=("$(command -v curl)" "$(command -v jq)")
+    jq -n --arg name "$name" --argjson disk "$(disk_kb "${programs[@]}")" \
         --slurpfile usage "$results/whole_run.$name.usage" \
-        --slurpfile first_byte "$results/first_byte.$name" \
-        --slurpfile times <(jq --arg name "$name" '.results[] | select(.command == $name)' \
-            "$results"/whole_run.times.*) \
-        --argjson calls "$(awk '$2 == "total" { print $1 }' "$results/whole_run.$name.calls")" \
+        --slurpfile calls "$results/whole_run.$name.calls" \
         --slurpfile instructions "$results/whole_run.$name.instructions" \
-        '{($name): {disk_kb: $disk, peak_kb: [$usage[].peak_kb], wall_s: [$times[].times[]],
-            cpu_s: [$times[] | .user + .system], first_byte_us: $first_byte, system_calls: $calls,
+        --slurpfile first_byte "$results/first_byte.$name" --slurpfile times <(times "$name") \
+        '{($name): {disk_kb: $disk, peak_kb: [$usage[].peak_kb], wall_s: [$times[].wall],
+            cpu_s: [$times[].cpu], first_byte_us: $first_byte, system_calls: $calls,
             instructions: ($instructions | add)}}'
 }
 
-for name in "${rival_names[@]}"; do
-    rival "$name"
-done | jq -s add >"$results/rivals"
+# {"SENDER": {"MIB": KiB, ...}, ...}
+peaks_by_size() {
+    local file
+    for file in "$results"/big_upload.grown.*; do
+        jq -s --arg name "${file#*.grown.}" \
+            '($name / ".") as [$sender, $size] | {($sender): {($size): map(.peak_kb)}}' "$file"
+    done | jq -s 'reduce .[] as $one ({}; . * $one)'
+}
 
-for file in "$results"/big_upload.grown.*; do
-    jq --arg size "${file##*.}" '{($size): .peak_kb}' "$file"
-done | jq -s add >"$results/grown"
+uploads() {
+    jq -s '{wall_s: map(.wall), cpu_s: map(.user + .system), peak_kb: map(.peak_kb)}' \
+        "$results/big_upload.$1"
+}
 
-jq -s '[.[].benchmarks[] | select(.run_type == "iteration")] | group_by(.name)
-    | map({(.[0].name): ([.[].cpu_time | . ] | sort | .[length / 2 | floor])
-        * {ns: 1, us: 1e3, ms: 1e6}[.[0].time_unit]}) | add' "$results"/micro.* >"$results/micro"
+# Processor time in nanoseconds: the median of each operation's repetitions.
+operations() {
+    jq -s '[.[].benchmarks[] | select(.run_type == "iteration")] | group_by(.name)
+        | map({(.[0].name): ((map(.cpu_time) | sort | .[length / 2 | floor])
+            * {ns: 1, us: 1e3, ms: 1e6}[.[0].time_unit])}) | add' "$results"/micro.*
+}
+
+versions() {
+    # shellcheck disable=SC2016  # dpkg-query fills this in
+    dpkg-query -W -f '${Package} ${Version}\n' \
+        libc6 gcc curl libcurl4 openssl libcjson1 jq dash hyperfine libbenchmark-dev |
+        jq -R 'split(" ") | {(.[0]): .[1]}' | jq -s add
+}
 
 jq -n --arg processor "$(sed -n 's/^model name.*: //p' /proc/cpuinfo | head -n 1)" \
-    --arg cores "$(nproc)" --arg kernel "$(uname -sr)" --arg load "$(cut -d ' ' -f 1-3 /proc/loadavg)" \
-    --slurpfile rivals "$results/rivals" --slurpfile grown "$results/grown" \
-    --slurpfile micro "$results/micro" \
-    --slurpfile library "$results/big_upload.library" --slurpfile curl "$results/big_upload.curl" \
-    --rawfile state_calls "$results/state_calls" \
-    '{machine: {processor: $processor, cores: $cores, kernel: $kernel, load: $load},
-      rivals: $rivals[0], big_upload: {library: $library, curl: $curl, peak_kb_by_mib: $grown[0]},
-      nanoseconds: $micro[0],
-      state_calls: ($state_calls | [splits("\n") | select(. != "") / " " | {(.[0]): (.[1] | tonumber)}]
-        | add)}'
+    --argjson cores "$(nproc)" --arg kernel "$(uname -sr)" \
+    --arg load "$(cut -d ' ' -f 1-3 /proc/loadavg)" \
+    --arg system "$(. /etc/os-release && echo "$PRETTY_NAME")" --argjson versions "$(versions)" \
+    --slurpfile rivals <(for name in "${rival_names[@]}"; do rival "$name"; done) \
+    --argjson library "$(uploads library)" --argjson curl "$(uploads curl)" \
+    --argjson mebibytes "$(<"$results/mebibytes")" \
+    --argjson grown "$(peaks_by_size)" --argjson operations "$(operations)" \
+    --slurpfile calls "$results/calls" \
+    '{machine: {processor: $processor, cores: $cores, kernel: $kernel, system: $system, load: $load,
+        versions: $versions},
+      rivals: ($rivals | add),
+      big_upload: {mebibytes: $mebibytes, library: $library, curl: $curl, peak_kb_by_mib: $grown},
+      nanoseconds: $operations, calls: ($calls | add)}'

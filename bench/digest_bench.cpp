@@ -1,9 +1,8 @@
-// The signer beside OpenSSL's own HMAC, both to hex digits.
+// The signer beside OpenSSL's own HMAC with the quickest way to hex digits.
 #include <benchmark/benchmark.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
-#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -20,16 +19,18 @@ std::string message(const benchmark::State &state) {
 
 void openssl_hmac(benchmark::State &state) {
     const std::string text = message(state);
-    char hex[kHexSize];
+    char hex[kHexSize] = {};
     for (auto _ : state) {
         unsigned char digest[EVP_MAX_MD_SIZE];
         unsigned length = 0;
         HMAC(EVP_sha256(), kKey, static_cast<int>(std::strlen(kKey)),
              reinterpret_cast<const unsigned char *>(text.data()), text.size(), digest, &length);
         for (unsigned i = 0; i < length; ++i) {
-            std::snprintf(hex + 2 * i, 3, "%02x", digest[i]);
+            hex[2 * i] = "0123456789abcdef"[digest[i] >> 4];
+            hex[2 * i + 1] = "0123456789abcdef"[digest[i] & 15];
         }
         benchmark::DoNotOptimize(hex);
+        benchmark::ClobberMemory();
     }
 }
 
@@ -39,11 +40,12 @@ void signer(benchmark::State &state) {
     for (auto _ : state) {
         hmac_sha256_hex(text.c_str(), kKey, hex, sizeof hex);
         benchmark::DoNotOptimize(hex);
+        benchmark::ClobberMemory();
     }
 }
 
 void sizes(benchmark::internal::Benchmark *bench) {
-    bench->ArgName("bytes")->RangeMultiplier(8)->Range(64, 1 << 20)->Unit(benchmark::kMicrosecond);
+    bench->ArgName("bytes")->RangeMultiplier(4)->Range(64, 1 << 20)->Unit(benchmark::kMicrosecond);
 }
 
 BENCHMARK(openssl_hmac)->Apply(sizes);

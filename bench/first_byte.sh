@@ -10,7 +10,10 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/rivals.sh"
 
 echo 0 >/mnt/data/iss_config/current_config/cloud_debug
-for name in "${rival_names[@]}"; do
-    read -ra command <<<"${rival_commands[$name]}"
-    "$build/device/bench/first_byte" "$runs" "${command[@]}" >"$results/first_byte.$name" 2>/dev/null
+rm -f "$results"/first_byte.*
+for ((run = 1; run <= runs; run++)); do
+    for name in "${rival_names[@]}"; do
+        read -ra command <<<"${rival_commands[$name]}"
+        "$build/device/bench/first_byte" 1 "${command[@]}" >>"$results/first_byte.$name" 2>/dev/null
+    done
 done

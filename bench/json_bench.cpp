@@ -1,4 +1,4 @@
-// The JSON layer beside bare cJSON, over a status reply and documents of a megabyte.
+// The JSON layer beside bare cJSON: a status reply, growing arrays of them, numbers, texts.
 #include <benchmark/benchmark.h>
 #include <cjson/cJSON.h>
 
@@ -9,17 +9,21 @@
 
 namespace {
 
-std::string status_reply() {
-    return R"({"restful_res": {"system": {"model": "AP-2201", "serial": "S2201A0001234",)"
-           R"( "mac": "00:11:22:33:44:55", "firmware": "1.9.12-b7 \"stable\"", "uptime": 86412,)"
-           R"( "load": [0.15, 0.25, 0.5], "memory": {"total": 514236, "free": 212344, "used": 301892},)"
-           R"( "led": true, "registered": false, "controller": null},)"
-           R"( "network": {"address": "192.168.1.20", "netmask": "255.255.255.0",)"
-           R"( "gateway": "192.168.1.1", "dns": ["192.168.1.1", "192.168.1.2"], "mtu": 1500},)"
-           R"( "proxy": {"enable": 0, "server": "proxy.example.com", "port": 3128}}})";
-}
+constexpr const char *kStatusReply =
+    R"({"restful_res": {"system": {"model": "AP-2201", "serial": "S2201A0001234",)"
+    R"( "mac": "00:11:22:33:44:55", "firmware": "1.9.12-b7 \"stable\"", "uptime": 86412,)"
+    R"( "load": [0.15, 0.25, 0.5], "memory": {"total": 514236, "free": 212344, "used": 301892},)"
+    R"( "led": true, "registered": false, "controller": null},)"
+    R"( "network": {"address": "192.168.1.20", "netmask": "255.255.255.0",)"
+    R"( "gateway": "192.168.1.1", "dns": ["192.168.1.1", "192.168.1.2"], "mtu": 1500},)"
+    R"( "proxy": {"enable": 0, "server": "proxy.example.com", "port": 3128}}})";
 
-std::string repeated(const std::string &element, std::size_t size) {
+// The element alone for a size of 0, else an array of as many as make up the size.
+std::string document(const benchmark::State &state, const std::string &element) {
+    const std::size_t size = static_cast<std::size_t>(state.range(0)) * 1024;
+    if (size == 0) {
+        return element;
+    }
     std::string text = "[" + element;
     while (text.size() < size) {
         text += "," + element;
@@ -27,22 +31,8 @@ std::string repeated(const std::string &element, std::size_t size) {
     return text + "]";
 }
 
-std::string document(int which) {
-    constexpr std::size_t kMegabyte = 1 << 20;
-    switch (which) {
-        case 0:
-            return status_reply();
-        case 1:
-            return repeated(status_reply(), kMegabyte);
-        case 2:
-            return repeated("12345,0.25,-7,1e9", kMegabyte);
-        default:
-            return repeated('"' + std::string(200, 'x') + '"', kMegabyte);
-    }
-}
-
-void cjson(benchmark::State &state) {
-    const std::string text = document(static_cast<int>(state.range(0)));
+void cjson(benchmark::State &state, const std::string &element) {
+    const std::string text = document(state, element);
     for (auto _ : state) {
         cJSON *tree = cJSON_Parse(text.c_str());
         char *printed = cJSON_Print(tree);
@@ -52,11 +42,10 @@ void cjson(benchmark::State &state) {
     }
 }
 
-template <JsonNode *(*Parse)(const char *) noexcept>
-void layer(benchmark::State &state) {
-    const std::string text = document(static_cast<int>(state.range(0)));
+void layer(benchmark::State &state, const std::string &element) {
+    const std::string text = document(state, element);
     for (auto _ : state) {
-        JsonNode *tree = Parse(text.c_str());
+        JsonNode *tree = parseJsonText(text.c_str());
         char *printed = printJson(tree);
         benchmark::DoNotOptimize(printed);
         std::free(printed);
@@ -64,13 +53,23 @@ void layer(benchmark::State &state) {
     }
 }
 
-void documents(benchmark::internal::Benchmark *bench) {
-    // 0: status reply; then a megabyte of 1: status replies, 2: numbers, 3: long texts
-    bench->ArgName("document")->DenseRange(0, 3)->Unit(benchmark::kMicrosecond);
+void growing(benchmark::internal::Benchmark *bench) {
+    bench->ArgName("KiB")->Arg(0)->RangeMultiplier(4)->Range(16, 4096);
+    bench->Unit(benchmark::kMicrosecond);
 }
 
-BENCHMARK(cjson)->Apply(documents);
-BENCHMARK_TEMPLATE(layer, parseJsonText)->Apply(documents);
+void megabyte(benchmark::internal::Benchmark *bench) {
+    bench->ArgName("KiB")->Arg(1024)->Unit(benchmark::kMicrosecond);
+}
+
+const std::string kLongText = '"' + std::string(200, 'x') + '"';
+
+BENCHMARK_CAPTURE(cjson, status, kStatusReply)->Apply(growing);
+BENCHMARK_CAPTURE(layer, status, kStatusReply)->Apply(growing);
+BENCHMARK_CAPTURE(cjson, numbers, "12345,0.25,-7,1e9")->Apply(megabyte);
+BENCHMARK_CAPTURE(layer, numbers, "12345,0.25,-7,1e9")->Apply(megabyte);
+BENCHMARK_CAPTURE(cjson, texts, kLongText)->Apply(megabyte);
+BENCHMARK_CAPTURE(layer, texts, kLongText)->Apply(megabyte);
 
 }  // namespace
 

@@ -36,16 +36,18 @@ for name in "${rival_names[@]}"; do
     read -ra command <<<"${rival_commands[$name]}"
     timed+=(--command-name "$name" "${rival_commands[$name]}")
     rm -f "$results/whole_run.$name".*
+    # How often a program must wait, and asks for that, varies a little.
     for _ in 1 2 3 4 5; do
         upload_under "$build/device/bench/measure" "$results/whole_run.$name.usage" "${command[@]}"
+        upload_under strace -f -c -U calls,name -o /tmp/calls "${command[@]}"
+        awk '$2 == "total" { print $1 }' /tmp/calls >>"$results/whole_run.$name.calls"
     done
-    upload_under strace -f -c -U calls,name -o "$results/whole_run.$name.calls" "${command[@]}"
     upload_under valgrind --tool=callgrind --callgrind-out-file=/dev/null --trace-children=yes \
         "${command[@]}"
     sed -n 's/.*Collected : \([0-9]*\).*/\1/p' /tmp/output >"$results/whole_run.$name.instructions"
 done
 
 for ((round = 1; round <= rounds; round++)); do
-    hyperfine --style none --shell none --warmup 1 --runs 5 --prepare /tmp/prepare \
+    hyperfine --style none --shell none --runs 3 --prepare /tmp/prepare \
         --export-json "$results/whole_run.times.$round" "${timed[@]}" >/dev/null
 done
