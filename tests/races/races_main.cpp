@@ -39,23 +39,24 @@ Wanted read_arguments(int argc, char **argv) {
     return wanted;
 }
 
-// The rounds that went wrong.
-std::size_t play_all(const Contest &contest, const Wanted &wanted, std::size_t rounds,
-                     HeldCloud &cloud) {
+// False as soon as a round went wrong.
+bool play_all(const Contest &contest, const Wanted &wanted, HeldCloud &cloud) {
+    const std::size_t rounds = wanted.sample ? kSampledRounds : kRounds;
     world::Console console;
-    std::size_t wrong = 0;
     std::size_t runs = 0;
     for (std::size_t round = 0; round < rounds; ++round) {
         const std::size_t now = kFewest + round % (kMost - kFewest + 1);
         const std::string complaint = play(contest, now, wanted.kdump, cloud, console);
         runs += now;
-        if (!complaint.empty() && wrong++ == 0)
-            std::printf("  round %zu, %zu runs: %s\n", round, now, complaint.c_str());
+        if (!complaint.empty()) {
+            std::printf("%s, round %zu, %zu runs: %s\n", contest.name.c_str(), round, now,
+                        complaint.c_str());
+            return false;
+        }
     }
-    std::printf("%s: %zu rounds, %zu runs, %zu rounds wrong\n", contest.name.c_str(), rounds, runs,
-                wrong);
+    std::printf("%s: %zu rounds, %zu runs\n", contest.name.c_str(), rounds, runs);
     std::fflush(stdout);
-    return wrong;
+    return true;
 }
 
 }  // namespace
@@ -67,13 +68,13 @@ int main(int argc, char **argv) {
     world::enter(options);
     world::reset();
     HeldCloud cloud;
-    std::size_t wrong = 0;
+    bool right = true;
     std::size_t played = 0;
     for (const Contest &contest : contests()) {
         if (!wanted.contest.empty() && wanted.contest != contest.name)
             continue;
-        wrong += play_all(contest, wanted, wanted.sample ? kSampledRounds : kRounds, cloud);
+        right = play_all(contest, wanted, cloud) && right;
         ++played;
     }
-    return wrong == 0 && played != 0 ? 0 : 1;
+    return right && played != 0 ? 0 : 1;
 }

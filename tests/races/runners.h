@@ -1,4 +1,4 @@
-// Programs started at the same moment.
+// Programs started at the same moment, which meet once more at their marker (meeting_point.c).
 #pragma once
 
 #include <sys/types.h>
