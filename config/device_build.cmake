@@ -33,13 +33,15 @@ imported_archive(cloudagent::cjson libcjson.a)
 
 # The objects hold machine code beside what the optimisation at link time works on, for test programs.
 target_compile_options(shipped_code INTERFACE
-    -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables
+    -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables -Wa,--noexecstack
     -flto=auto -ffat-lto-objects)
 target_link_options(shipped_code INTERFACE -flto=auto -Wl,--gc-sections -static-libgcc -s)
 
 # A relocation in a few bits instead of 24 bytes, where linker and C library know how.
-include(CheckLinkerFlag)
-check_linker_flag(C -Wl,-z,pack-relative-relocs CLOUD_PACKED_RELOCATIONS)
+include(CheckCSourceCompiles)
+set(CMAKE_REQUIRED_LINK_OPTIONS -Wl,-z,pack-relative-relocs)
+check_c_source_compiles("int main(void) { return 0; }" CLOUD_PACKED_RELOCATIONS FAIL_REGEX ignored)
+unset(CMAKE_REQUIRED_LINK_OPTIONS)
 if(CLOUD_PACKED_RELOCATIONS)
     target_link_options(shipped_code INTERFACE -Wl,-z,pack-relative-relocs)
 endif()

@@ -3,14 +3,38 @@
 
 # build_preset PRESET [TARGET...]: configures build/PRESET when that was not done yet, and builds.
 build_preset() {
-    local preset=$1 folder=$project_root/build/$1 log=$project_root/build/$1.log
+    configure "$1" --preset "$1"
+    build_folder "$@"
+}
+
+# build_device TARGET: the device build for this machine (native), for one of the architectures that
+# have a preset, or with a toolchain file. Sets device_folder to the name of its folder in build/.
+build_device() {
+    case $1 in
+    native) device_folder=device ;;
+    *.cmake) device_folder=device-$(basename "$1" .cmake) ;;
+    *) device_folder=device-$1 ;;
+    esac
+    case $1 in
+    *.cmake) configure "$device_folder" --preset device --toolchain "$(realpath "$1")" ;;
+    *) configure "$device_folder" --preset "$device_folder" ;;
+    esac
+    build_folder "$device_folder"
+}
+
+configure() {
+    local name=$1 log=$project_root/build/$1.log
     shift
     mkdir -p "$project_root/build"
-    if [ ! -f "$folder/Makefile" ]; then
-        say "about to build build/$preset (what that prints goes to build/$preset.log)"
-        rm -rf "$folder"
-        (cd "$project_root" && cmake --preset "$preset") >"$log" 2>&1 || fail_with_log "$log"
-    fi
+    [ ! -f "$project_root/build/$name/Makefile" ] || return 0
+    say "about to build build/$name (what that prints goes to build/$name.log)"
+    rm -rf "$project_root/build/$name"
+    (cd "$project_root" && cmake "$@" -B "build/$name") >"$log" 2>&1 || fail_with_log "$log"
+}
+
+build_folder() {
+    local folder=$project_root/build/$1 log=$project_root/build/$1.log
+    shift
     cmake --build "$folder" --parallel "$(nproc)" ${1:+--target "$@"} >"$log" 2>&1 || fail_with_log "$log"
 }
 

@@ -5,7 +5,9 @@
 
 # Small, and left to the final link to throw away what is not used.
 device_cflags='-Os -fPIC -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables'
-device_cflags+=' -fstack-protector-strong -DNDEBUG'
+device_cflags+=' -fstack-protector-strong -DNDEBUG -Wa,--noexecstack'
+# Sizes beyond 2 GiB and times beyond 2038, where the C library leaves a choice.
+device_cflags+=' -D_FILE_OFFSET_BITS=64 -D_TIME_BITS=64'
 link_time_cflags='-flto -ffat-lto-objects'
 
 # A TLS 1.2 and 1.3 client and the digests. RSA, ECDSA, Ed25519, ECDHE, X25519, AES, ChaCha20, SHA-2,
