@@ -31,6 +31,11 @@ imported_archive(cloudagent::cares libcares.a)
 imported_archive(cloudagent::curl libcurl.a cloudagent::cares OpenSSL::SSL OpenSSL::Crypto)
 imported_archive(cloudagent::cjson libcjson.a)
 
+# Tests mean the same sizes and times as what they test.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 # The objects hold machine code beside what the optimisation at link time works on, for test programs.
 target_compile_options(shipped_code INTERFACE
     -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables -Wa,--noexecstack

@@ -79,14 +79,18 @@ TEST_F(LogLine, IsDroppedWhenOutOfMemory) {
     }
     log_to_file();
     const std::string message(64 << 20, 'm');
+    constexpr int kNoLimit = 1;
     const int result = run_apart([&] {
         if (!limit_memory(16 << 20)) {
-            return 1;
+            return kNoLimit;
         }
         cloud_log("%s", message.c_str());
         cloud_log("next\n");
         return 0;
     });
+    if (result == kNoLimit) {
+        GTEST_SKIP() << "memory cannot be limited here";
+    }
     EXPECT_EQ(result, 0);
     EXPECT_EQ(logged(), "next\n");
     EXPECT_EQ(world::read_file(kLogFile), kStamp + "next\n");
