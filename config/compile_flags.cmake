@@ -38,7 +38,7 @@ target_compile_options(shipped_code INTERFACE
 target_compile_definitions(shipped_code INTERFACE
     _FILE_OFFSET_BITS=64        # dumps beyond 2 GiB on 32-bit devices
     _TIME_BITS=64               # and times beyond 2038
-    $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+    $<$<CONFIG:Release>:_FORTIFY_SOURCE=3>)
 target_link_options(shipped_code INTERFACE
     -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 if(NOT CLOUD_SANITIZE)  # a sanitizer's functions are found in the program only

@@ -23,6 +23,11 @@ ldd "$prefix/sbin/kdump" | tee "$scratch/ldd"
 grep -q "$prefix/.*/libcurl.so" "$scratch/ldd"
 if grep 'not found' "$scratch/ldd"; then exit 1; fi
 
+echo '== what is installed looks for libraries in its own folder only'
+run_path_of() { readelf -dW "$1" | sed -nE 's/.*\((RPATH|RUNPATH)\).*\[(.*)\]/\2/p'; }
+[ "$(run_path_of "$prefix/sbin/kdump")" = "\$ORIGIN/../lib/cloudagent" ]
+[ "$(run_path_of "$prefix/lib/libcloudagent.so")" = "\$ORIGIN/cloudagent" ]
+
 echo '== the description for pkg-config'
 [ "$(PKG_CONFIG_PATH=$prefix/lib/pkgconfig pkg-config --modversion libcloudagent)" = "$version" ]
 
