@@ -209,6 +209,16 @@ TEST_F(AllocationTest, ALocalRequestWithoutItsMethodIsNotSent) {
     EXPECT_EQ(curl_http_fail_count, 1u);
 }
 
+// libcurl would fault in the handshake.
+TEST_F(AllocationTest, NothingIsSentToTheCloudWhenOpensslHasNotStarted) {
+    world::ScriptedServer cloud(plain_cloud());
+    trace::faults.openssl = true;
+    EXPECT_EQ(api_TFA_post_data("{}"), CURLE_OUT_OF_MEMORY);
+    EXPECT_EQ(upload(0), CURLE_OUT_OF_MEMORY);
+    EXPECT_TRUE(cloud.requests().empty());
+    EXPECT_TRUE(world::exists(kDump));
+}
+
 TEST_F(AllocationTest, AnUploadWithoutItsHeaderListIsNotSent) {
     world::ScriptedServer cloud(plain_cloud());
     trace::faults.header_list = true;

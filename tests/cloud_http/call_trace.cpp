@@ -1,5 +1,6 @@
 #include "call_trace.h"
 
+#include <openssl/crypto.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -212,6 +213,11 @@ int __real_unlink(const char *path);
 int __wrap_unlink(const char *path) {
     note("unlink " + std::string(path));
     return __real_unlink(path);
+}
+
+OSSL_LIB_CTX *__real_OSSL_LIB_CTX_get0_global_default();
+OSSL_LIB_CTX *__wrap_OSSL_LIB_CTX_get0_global_default() {
+    return faults.openssl ? nullptr : __real_OSSL_LIB_CTX_get0_global_default();
 }
 
 void *__real_malloc(size_t size);

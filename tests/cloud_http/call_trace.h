@@ -34,6 +34,7 @@ struct Faults {
     bool file_status = false;                // fstat fails
     bool header_list = false;                // curl_slist_append gives null
     bool reallocation = false;               // realloc gives null
+    bool openssl = false;                    // OpenSSL found no memory when it started
     std::map<CURLoption, CURLcode> options;  // what curl_easy_setopt gives for some options
     size_t allocation_of_bytes = 0;          // malloc of that size gives null
     std::function<CURLcode(CURLINFO, void *value)> info;  // answers curl_easy_getinfo
