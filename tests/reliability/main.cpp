@@ -1,0 +1,160 @@
+/* reliability_sweep allocations|syscalls|kills: runs the program once per place and trouble. */
+#include <fmt/format.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "private_world.h"
+#include "sweep.h"
+
+namespace reliability {
+namespace {
+
+using nlohmann::json;
+using Tallies = std::map<std::string, Tally>;
+
+const std::vector<std::string> kMemoryChecker = {VALGRIND,
+                                                 "-q",
+                                                 "--vgdb=no",
+                                                 "--error-exitcode=99",
+                                                 "--leak-check=full",
+                                                 "--show-leak-kinds=definite,indirect",
+                                                 "--errors-for-leak-kinds=definite,indirect",
+                                                 "--child-silent-after-fork=yes",
+                                                 "--log-file=/run/world/checker"};
+
+bool is_chosen(const SweepOptions &options, const Kind &kind) {
+    return options.kind.empty() || options.kind == kind.name;
+}
+
+// In a process of its own; the tallies go to `report`.
+int work(const SweepOptions &options, unsigned worker, int report) {
+    world::enter();
+    try {
+        Rig rig(options.program, options.watched ? kMemoryChecker : std::vector<std::string>());
+        Sweep sweep(options, worker, rig);
+        json tallies;
+        for (const Kind &kind : kinds()) {
+            if (!is_chosen(options, kind))
+                continue;
+            const Tally tally = sweep.over(kind);
+            tallies[kind.name] = {tally.faults, tally.runs, tally.lost, tally.violations,
+                                  tally.exceptions};
+        }
+        const std::string text = tallies.dump();
+        return write(report, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1;
+    } catch (const std::exception &error) {
+        fmt::print(stderr, "reliability_sweep: {}\n", error.what());
+        return 1;
+    }
+}
+
+void add(const std::string &text, Tallies &tallies) {
+    const json report = json::parse(text);
+    for (const auto &[kind, numbers] : report.items()) {
+        Tally &tally = tallies[kind];
+        tally.faults += numbers[0].get<long>();
+        tally.runs += numbers[1].get<long>();
+        tally.lost += numbers[2].get<long>();
+        tally.violations += numbers[3].get<long>();
+        for (const auto &[name, count] : numbers[4].items())
+            tally.exceptions[name] += count.get<long>();
+    }
+}
+
+std::string read_all(int descriptor) {
+    std::string text;
+    char piece[4096];
+    for (ssize_t got = 0; (got = read(descriptor, piece, sizeof piece)) > 0;)
+        text.append(piece, static_cast<size_t>(got));
+    return text;
+}
+
+void print(const std::string &name, const Tally &tally) {
+    fmt::print("{:<28} {:>7} faults {:>7} runs {:>3} dumps lost", name, tally.faults, tally.runs,
+               tally.lost);
+    for (const auto &[exception, count] : tally.exceptions)
+        fmt::print(", {} x {}", count, exception);
+    fmt::print("\n");
+}
+
+// Starts the workers and adds up what they report; true when all went well.
+bool run_workers(const SweepOptions &options, Tallies &tallies) {
+    std::vector<std::pair<pid_t, int>> started;
+    for (unsigned worker = 0; worker < options.workers; ++worker) {
+        int report[2];
+        if (pipe(report) != 0)
+            return false;
+        const pid_t process = fork();
+        if (process == 0) {
+            close(report[0]);
+            const int status = work(options, worker, report[1]);
+            std::fflush(nullptr);
+            _exit(status);
+        }
+        close(report[1]);
+        started.emplace_back(process, report[0]);
+    }
+    bool all_well = true;
+    for (const auto &[process, report] : started) {
+        const std::string text = read_all(report);
+        int status = 0;
+        waitpid(process, &status, 0);
+        close(report);
+        if (status == 0)
+            add(text, tallies);
+        all_well = all_well && status == 0;
+    }
+    return all_well;
+}
+
+int run(const SweepOptions &options) {
+    const auto start = std::chrono::steady_clock::now();
+    Tallies tallies;
+    const bool all_well = run_workers(options, tallies);
+    Tally total;
+    for (const Kind &kind : kinds()) {
+        if (!is_chosen(options, kind))
+            continue;
+        const Tally &tally = tallies[kind.name];
+        print(kind.name, tally);
+        total.faults += tally.faults;
+        total.runs += tally.runs;
+        total.lost += tally.lost;
+        total.violations += tally.violations;
+        for (const auto &[name, count] : tally.exceptions)
+            total.exceptions[name] += count;
+    }
+    print(options.name, total);
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    fmt::print("{} violations, {:.1f} minutes\n", total.violations, took.count() / 60);
+    return all_well && total.violations == 0 ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace reliability
+
+int main(int argc, char **argv) {
+    reliability::SweepOptions options;
+    options.program = KDUMP_PROGRAM;
+    CLI::App app("Runs kdump again and again, each time with one thing going wrong.");
+    app.add_option("SWEEP", options.name, "what goes wrong")
+        ->required()
+        ->check(CLI::IsMember({"allocations", "syscalls", "kills"}));
+    app.add_flag("--sample", options.sample, "two kinds whole, of the others some places");
+    app.add_flag("--watched", options.watched, "some places, under a memory checker");
+    app.add_option("--kind", options.kind, "only this kind, as the summary names it");
+    app.add_option("--only", options.only, "only this trouble, as a violation names it");
+    app.add_option("--program", options.program, "another kdump");
+    app.add_option("--workers", options.workers, "how many at a time")->check(CLI::Range(1, 64));
+    CLI11_PARSE(app, argc, argv);
+    if (!options.only.empty())
+        options.workers = 1;
+    return reliability::run(options);
+}

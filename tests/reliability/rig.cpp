@@ -1,0 +1,45 @@
+#include "rig.h"
+
+#include "config/deployment.h"
+#include "files.h"
+#include "private_world.h"
+
+namespace reliability {
+namespace {
+
+Files make_device() {
+    world::add_host(CLOUD_TFA_HOST);
+    world::add_host("uploads.example.com");
+    // Nothing listens there, so that a name not in the list of hosts is refused at once.
+    world::write_file("/etc/resolv.conf", "nameserver 127.0.0.9\noptions timeout:1 attempts:1\n");
+    world::authority().write_client_files(world::kDeviceDir);
+    world::authority().install();
+    return look();
+}
+
+}  // namespace
+
+Rig::Rig(std::string program, std::vector<std::string> launcher)
+    : launcher_(std::move(launcher)), program_(std::move(program)), present_(make_device()) {
+    launcher_.push_back(program_);
+    program_ = launcher_.front();
+    launcher_.erase(launcher_.begin());
+}
+
+Observation Rig::run(const Kind &kind, const Disturbance &disturbance, const Files &files) {
+    Observation observed;
+    observed.kind = &kind;
+    observed.disturbance = disturbance;
+    restore(present_, files);
+    observed.before = files;
+    std::vector<std::string> words = launcher_;
+    words.insert(words.end(), kind.words.begin(), kind.words.end());
+    observed.run = run_disturbed(program_, words, disturbance);
+    observed.uploads = depot_.take_uploads();
+    observed.console = console_.text();
+    console_.clear();
+    present_ = observed.after = look();
+    return observed;
+}
+
+}  // namespace reliability

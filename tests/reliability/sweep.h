@@ -1,0 +1,72 @@
+/* Every disturbance of one sort, for every kind of dump, shared among workers. */
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "rig.h"
+
+namespace reliability {
+
+struct SweepOptions {
+    std::string name;  // "allocations", "syscalls" or "kills"
+    std::string program;
+    std::string kind;  // only this one
+    std::string only;  // only this disturbance
+    bool sample = false;
+    bool watched = false;  // under a memory checker, at few places
+    unsigned workers = 2;
+};
+
+struct Tally {
+    long faults = 0;
+    long runs = 0;
+    long lost = 0;
+    long violations = 0;
+    std::map<std::string, long> exceptions;
+};
+
+// What one worker does: of the places numbered one after the other, those that are its.
+class Sweep {
+  public:
+    Sweep(const SweepOptions &options, unsigned worker, Rig &rig)
+        : options_(options), worker_(worker), rig_(rig) {}
+
+    Tally over(const Kind &kind);
+
+  private:
+    // Whether the kind is one of the two that are taken whole in a sample too.
+    bool is_chosen() const;
+
+    void fail_allocations();
+    void fail_each_place(Disturbance disturbance, const std::vector<long> &places, long step);
+    void fail_calls(Caller caller);
+    void kill_everywhere(Caller caller);
+
+    // Calls `attempt` place after place, as many as an undisturbed run has, and on for as long as
+    // they are reached.
+    template <class Attempt>
+    void try_places(Disturbance disturbance, long count, long step, Attempt attempt);
+    const CallCounts &counts(Caller caller) const {
+        return caller == Caller::program ? usual_.own_calls : usual_.command_calls;
+    }
+
+    // These tell whether the place was reached.
+    bool disturb(const Disturbance &disturbance);
+    void leave_alone();
+    bool disturb_each_way(Disturbance disturbance);
+    bool kill_and_recover(const Disturbance &disturbance);
+
+    Observation run(const Disturbance &disturbance, const Files &files);
+    void judge(const Disturbance &disturbance, const Verdict &verdict);
+
+    const SweepOptions &options_;
+    const unsigned worker_;
+    Rig &rig_;
+    const Kind *kind_ = nullptr;
+    RunResult usual_;  // of an undisturbed run
+    Tally tally_;
+};
+
+}  // namespace reliability
