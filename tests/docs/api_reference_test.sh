@@ -2,8 +2,8 @@
 # Usage: api_reference_test.sh HEADER...     in the project's folder
 #
 # script/docs makes a reference that holds every function and variable of the public headers, and it
-# fails when one has no description, when a comment cannot be understood, or when a picture is older
-# than its text. Works on a copy.
+# fails when one has no description, when a comment cannot be understood, or when a picture or a
+# figure of the README is older than what it is made from. Works on a copy.
 set -euo pipefail
 
 # shellcheck source=script/lib/common.sh
@@ -11,7 +11,7 @@ set -euo pipefail
 
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
-cp -r --parents CMakeLists.txt script packaging docs "$@" "$copy"
+cp -r --parents CMakeLists.txt README.md script packaging docs "$@" "$copy"
 
 expect_failure() {
     if "$copy/script/docs" --check >"$copy/output" 2>&1; then
@@ -43,3 +43,6 @@ expect_failure 'a field without a description' 'total_kb.*is not documented'
 cp device/system_status.h "$copy/device/"
 echo '// more' >>"$copy/docs/device-and-cloud.dot"
 expect_failure 'an old picture' 'device-and-cloud.svg is not up to date'
+"$copy/script/docs" >/dev/null
+sed -i '/^<!-- figures: .* of /a | kdump | 0.1 |' "$copy/README.md"
+expect_failure 'an invented figure' "README's figures are not up to date"
