@@ -194,6 +194,31 @@ TEST_F(LogReference, FindsEveryCall) {
     EXPECT_TRUE(std::includes(found.begin(), found.end(), calls.begin(), calls.end()));
 }
 
+// What the program really writes, in every shipped scenario, can be looked up by name and number.
+TEST_F(LogReference, NamesWhatTheScenariosShow) {
+    std::set<std::string> known, speakers;
+    for (const LogLine &line : written) {
+        known.insert(line.speaker + " " + line.number);
+        speakers.insert(line.speaker);
+    }
+    size_t seen = 0;
+    for (const auto &entry :
+         std::filesystem::directory_iterator(kProject + "/virtual_device/scenarios")) {
+        std::ifstream expected(entry.path());
+        for (std::string line; std::getline(expected, line);) {
+            std::stringstream words(line);
+            std::string speaker, number;
+            words >> speaker >> number;
+            if (number.empty() || speakers.count(speaker) == 0 ||
+                number.find_first_not_of("0123456789") == 0)
+                continue;
+            EXPECT_EQ(known.count(speaker + " " + number), 1u) << entry.path() << ": " << line;
+            ++seen;
+        }
+    }
+    EXPECT_GT(seen, 1000u);
+}
+
 TEST_F(LogReference, EveryRowCounts) {
     if (!in_order())
         GTEST_SKIP();
