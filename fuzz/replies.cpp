@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -74,7 +75,7 @@ Reply next_reply() {
 
 // False when the callback refuses.
 bool deliver(const Handle &handle, std::string_view body) {
-    for (std::size_t most = 1; !body.empty(); most *= 4) {
+    for (std::size_t most = 1; !body.empty(); most *= 16) {
         const std::string_view chunk = body.substr(0, most);
         const std::unique_ptr<char[]> copy(new char[chunk.size()]);  // not terminated
         chunk.copy(copy.get(), chunk.size());
@@ -207,8 +208,8 @@ CURLcode curl_easy_perform(CURL *curl) {
         std::memset(handle.error_text, 'e', CURL_ERROR_SIZE - 1);
         handle.error_text[CURL_ERROR_SIZE - 1] = '\0';
     }
-    all_requests.push_back(
-        {handle.method, handle.url, handle.proxy, handle.body, code, handle.status});
+    all_requests.push_back({std::move(handle.method), handle.url, std::move(handle.proxy),
+                            std::move(handle.body), code, handle.status});
     return static_cast<CURLcode>(code);
 }
 

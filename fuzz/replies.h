@@ -6,7 +6,7 @@
  *   #403 text     the reply has this status and the body "text"
  *   text          the reply has the status 200 and this body; an empty block is an empty body
  *
- * Bodies arrive in chunks of 1, 4, 16... bytes.
+ * Bodies arrive in chunks of 1, 16, 256... bytes.
  */
 #pragma once
 
