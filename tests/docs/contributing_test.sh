@@ -57,18 +57,25 @@ compile state/state_files.cpp
 insert 6 '{"api_report_interval_get"' tests/state/accessors.cpp 'vector<NumberGetter> rows = {'
 insert 7 '{"api_report_interval_set"' tests/state/accessors.cpp 'vector<NumberSetter> rows = {'
 compile tests/state/accessors.cpp
-insert 8 'FUNCTION(' tests/c_api_test.c '/* state/state_files.h */'
+insert 8 'ROW(' tests/torture/state_operations.cpp 'ROW(number_setter, api_checkin_interval_set'
+compile tests/torture/state_operations.cpp
+insert 9 'FUNCTION(' tests/c_api_test.c '/* state/state_files.h */'
 compile tests/c_api_test.c
 
-cp "$pieces/9" "$copy/device/temperature.h"
-cp "$pieces/10" "$copy/device/temperature.cpp"
-cp "$pieces/12" "$copy/tests/device/temperature_test.cpp"
+cp "$pieces/10" "$copy/device/temperature.h"
+cp "$pieces/11" "$copy/device/temperature.cpp"
+cp "$pieces/13" "$copy/tests/device/temperature_test.cpp"
 compile device/temperature.cpp
 compile tests/device/temperature_test.cpp
-insert 11 'resources_[' virtual_device/local_service.cpp 'resources_[kProxy] = '
+insert 12 'resources_[' virtual_device/local_service.cpp 'resources_[kProxy] = '
 compile virtual_device/local_service.cpp
+insert 14 '{"/api/system/temperature"' tests/torture/peers.cpp 'kResources = {'
+compile tests/torture/peers.cpp
+insert 15 '{"sn_get_temperature"' tests/torture/device_operations.cpp '{"1, figures", "0, untouched"}},'
+sed -i '1i #include "device/temperature.h"' "$copy/tests/torture/device_operations.cpp"
+compile tests/torture/device_operations.cpp
 
-cp "$pieces/13" "$copy/scenario.json"
+cp "$pieces/16" "$copy/scenario.json"
 (cd "$copy" && "$virtual_device" run --scenario "$copy/scenario.json") >"$copy/story" 2>&1 || true
 grep -q '503' "$copy/story" || die "the scenario does not run: $(<"$copy/story")"
 say 'ok: the scenario'
