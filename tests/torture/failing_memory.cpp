@@ -1,7 +1,6 @@
 #include "failing_memory.h"
 
 #include <dlfcn.h>
-#include <execinfo.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -39,9 +38,15 @@ failing_memory::Mode g_mode = failing_memory::Mode::kOnce;
 std::size_t g_asked = 0;
 std::size_t g_failed = 0;
 std::size_t g_live = 0;
-constexpr int kMostCallers = 8;
-void *g_callers[kMostCallers];  // of the first allocation that failed
-int g_caller_count = 0;
+const void *g_first_refused = nullptr;  // where the first allocation that failed was asked for
+bool *g_of_openssl = nullptr;
+std::size_t g_of_openssl_size = 0;
+
+bool is_in_openssl(const void *place) {
+    Dl_info found;
+    return dladdr(place, &found) != 0 && (std::strstr(found.dli_fname, "libcrypto") != nullptr ||
+                                          std::strstr(found.dli_fname, "libssl") != nullptr);
+}
 
 std::size_t place_of(void *address) {
     const auto bits = reinterpret_cast<std::uintptr_t>(address);
@@ -83,16 +88,18 @@ void forget(void *address) {
     }
 }
 
-bool must_fail() {
+bool must_fail(const void *asker) {
     if (!g_watching)
         return false;
     ++g_asked;
+    if (g_asked < g_of_openssl_size)
+        g_of_openssl[g_asked] = is_in_openssl(asker);
     const bool fails =
         g_fail_at != 0 &&
         (g_mode == failing_memory::Mode::kOnce ? g_asked == g_fail_at : g_asked >= g_fail_at);
     if (fails) {
         if (g_failed++ == 0)
-            g_caller_count = backtrace(g_callers, kMostCallers);
+            g_first_refused = asker;
         errno = ENOMEM;
     }
     return fails;
@@ -109,15 +116,15 @@ void *noted(void *address) {
 extern "C" {
 
 void *malloc(std::size_t size) noexcept {
-    return must_fail() ? nullptr : noted(BENEATH(malloc)(size));
+    return must_fail(__builtin_return_address(0)) ? nullptr : noted(BENEATH(malloc)(size));
 }
 
 void *calloc(std::size_t count, std::size_t size) noexcept {
-    return must_fail() ? nullptr : noted(BENEATH(calloc)(count, size));
+    return must_fail(__builtin_return_address(0)) ? nullptr : noted(BENEATH(calloc)(count, size));
 }
 
 void *realloc(void *block, std::size_t size) noexcept {
-    if (must_fail())
+    if (must_fail(__builtin_return_address(0)))
         return nullptr;
     forget(block);
     return noted(BENEATH(realloc)(block, size));
@@ -141,7 +148,14 @@ void watch(std::size_t fail_at, Mode mode) {
     g_mode = mode;
     g_asked = 0;
     g_failed = 0;
+    g_of_openssl_size = 0;
     g_watching = true;
+}
+
+void watch_askers(bool *of_openssl, std::size_t size) {
+    watch(0, Mode::kOnce);
+    g_of_openssl = of_openssl;
+    g_of_openssl_size = size;
 }
 
 void give_back() { g_fail_at = 0; }
@@ -150,15 +164,7 @@ void stop() { g_watching = false; }
 
 std::size_t asked() { return g_asked; }
 std::size_t failed() { return g_failed; }
-bool openssl_asked() {
-    for (int i = 0; i < g_caller_count && g_failed != 0; ++i) {
-        Dl_info place;
-        if (dladdr(g_callers[i], &place) != 0 &&
-            (std::strstr(place.dli_fname, "libcrypto") || std::strstr(place.dli_fname, "libssl")))
-            return true;
-    }
-    return false;
-}
+bool openssl_asked() { return g_failed != 0 && is_in_openssl(g_first_refused); }
 
 std::size_t live() { return g_live; }
 

@@ -15,6 +15,10 @@ void follow();
 // all that come after it.
 void watch(std::size_t fail_at, Mode mode);
 
+// As watch() without a failure; `of_openssl`, of `size`, is told for each number whether it is
+// OpenSSL that asks.
+void watch_askers(bool *of_openssl, std::size_t size);
+
 // From now on none fails; counting goes on.
 void give_back();
 

@@ -30,13 +30,15 @@ constexpr const char *kAssertion =
     "json_parser.c:387: initJsonRpcObject: Assertion `((void *)0) != root' failed.";
 constexpr int kMostDescriptors = 256;
 constexpr int kMostFrames = 48;
-constexpr unsigned kPatienceSeconds = 20;
+constexpr std::size_t kMostAllocations = 1 << 15;
+constexpr unsigned kPatienceSeconds = 60;
 constexpr int kEndlessWait = 3;  // exit status
 
 // What a worker tells, also when a signal ends it.
 struct Report {
     std::size_t allocations;
-    std::size_t point;  // under way
+    bool of_openssl[kMostAllocations];  // by number, the first is 1
+    std::size_t index;                  // of the point under way
     std::size_t points;
     bool blocks_left;      // by the run before
     char complaint[4096];  // of the point under way
@@ -150,7 +152,10 @@ std::string call(const Operation &operation, Form form, failing_memory::Mode mod
     empty_streams();
     const int opened = open_descriptors();
     g_console_debug = 1;
-    failing_memory::watch(point, mode);
+    if (point == 0)
+        failing_memory::watch_askers(g_report->of_openssl, kMostAllocations);
+    else
+        failing_memory::watch(point, mode);
     operation.call();
     failing_memory::give_back();
     failing_memory::stop();
@@ -200,7 +205,7 @@ struct Sweep {
     const Operation &operation;
     Form form;
     failing_memory::Mode mode;
-    Points points;
+    const std::vector<std::size_t> &points;
     Tally tally;
 };
 
@@ -209,25 +214,23 @@ void complain(Sweep &sweep, std::size_t point, const std::string &what) {
         sweep.tally.complaint = "allocation " + std::to_string(point) + ": " + what;
 }
 
-// A worker's life: in the warm form all points from `first` on, in the cold one a single one. It
+// A worker's life: in the warm form all points from that one on, in the cold one a single one. It
 // stops after a complaint.
-void work(const Sweep &sweep, std::size_t first) {
+void work(const Sweep &sweep, std::size_t index) {
     take_streams();
     watch_faults();
+    g_report->index = index;
     if (sweep.form == Form::kCold) {
-        g_report->point = first;
-        run_once(sweep.operation, Form::kCold, sweep.mode, first);
+        run_once(sweep.operation, Form::kCold, sweep.mode, sweep.points[index]);
         return;
     }
     warm_up(sweep.operation);
-    for (std::size_t point = first; point <= sweep.points.last; point += sweep.points.stride) {
+    for (; g_report->index < sweep.points.size(); ++g_report->index) {
         alarm(kPatienceSeconds);
-        g_report->point = point;
-        run_warm(sweep.operation, sweep.mode, point);
+        run_warm(sweep.operation, sweep.mode, sweep.points[g_report->index]);
         if (g_report->complaint[0] != '\0')
             return;
     }
-    g_report->point = sweep.points.last + 1;
 }
 
 // Forks a worker and waits; the wait status.
@@ -254,6 +257,10 @@ bool is_library_fault(Form form, int status, const std::string &fault) {
                                    fault.find("libssl") != std::string::npos);
 }
 
+bool is_unexplained_wait(int status) {
+    return WIFEXITED(status) && WEXITSTATUS(status) == kEndlessWait && g_report->fault[0] == '\0';
+}
+
 // glibc has no memory for the assertion's text either when none is left.
 bool is_documented_assertion(const Sweep &sweep, int status) {
     const std::string errors = world::read_file_if_any(kErrors);
@@ -264,8 +271,10 @@ bool is_documented_assertion(const Sweep &sweep, int status) {
 }
 
 void take_end(Sweep &sweep, int status) {
-    const std::size_t point = g_report->point;
     sweep.tally.points += g_report->points;
+    if (g_report->index == sweep.points.size())
+        return;
+    const std::size_t point = sweep.points[g_report->index];
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
         if (g_report->complaint[0] != '\0')
             complain(sweep, point, g_report->complaint);
@@ -297,7 +306,7 @@ std::string output_text() {
     return world::read_file_if_any(kOutput);
 }
 
-std::size_t count_allocations(const Operation &operation, Form form) {
+Needs count_allocations(const Operation &operation, Form form) {
     if (g_report == nullptr)
         g_report = shared_report();
     const int status = run_worker([&] {
@@ -312,16 +321,25 @@ std::size_t count_allocations(const Operation &operation, Form form) {
         throw std::runtime_error(operation.name() + " fails with all memory: wait status " +
                                  std::to_string(status) + " " + g_report->fault + "\n" +
                                  g_report->complaint + world::read_file_if_any(kErrors));
-    return g_report->allocations;
+    Needs needs = {g_report->allocations, {}};
+    for (std::size_t i = 1; i <= needs.allocations && i < kMostAllocations; ++i) {
+        if (!g_report->of_openssl[i])
+            needs.not_of_openssl.push_back(i);
+    }
+    return needs;
 }
 
 Tally sweep(const Operation &operation, Form form, failing_memory::Mode mode,
-            const Points &points) {
+            const std::vector<std::size_t> &points) {
     Sweep sweep{operation, form, mode, points, {}};
-    for (std::size_t point = points.first; point <= points.last;) {
-        const int status = run_worker([&] { work(sweep, point); });
+    for (std::size_t index = 0; index < points.size(); index = g_report->index + 1) {
+        int status = run_worker([&] { work(sweep, index); });
+        if (is_unexplained_wait(status)) {  // or a busy machine
+            sweep.tally.points += g_report->points;
+            const std::size_t again = g_report->index;
+            status = run_worker([&] { work(sweep, again); });
+        }
         take_end(sweep, status);
-        point = std::max(g_report->point, point) + points.stride;
     }
     return sweep.tally;
 }

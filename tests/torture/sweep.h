@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "failing_memory.h"
 #include "operation.h"
@@ -20,14 +21,15 @@ struct Tally {
     std::size_t complaints = 0;
 };
 
-// Which allocations fail, run by run.
-struct Points {
-    std::size_t first;
-    std::size_t last;
-    std::size_t stride;
+// Runs the operation once for each of these allocations.
+Tally sweep(const Operation &operation, Form form, failing_memory::Mode mode,
+            const std::vector<std::size_t> &points);
+
+// What a run without a failure asks for.
+struct Needs {
+    std::size_t allocations;
+    std::vector<std::size_t> not_of_openssl;  // their numbers
 };
 
-Tally sweep(const Operation &operation, Form form, failing_memory::Mode mode, const Points &points);
-
-// The number of allocations of a run without a failure. Throws when even that goes wrong.
-std::size_t count_allocations(const Operation &operation, Form form);
+// Throws when even that run goes wrong.
+Needs count_allocations(const Operation &operation, Form form);

@@ -13,6 +13,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "operation.h"
 #include "peers.h"
@@ -64,18 +65,30 @@ struct Totals {
 
 const char *form_word(Form form) { return form == Form::kWarm ? "warm" : "cold"; }
 
-void run(const Operation &operation, Form form, const Wanted &wanted, Totals &totals) {
-    const std::size_t count = count_allocations(operation, form);
-    Points points = {1, count, 1};
+// All, or a sample: what OpenSSL asks for is most of it and much alike.
+std::vector<std::size_t> chosen_points(const Operation &operation, const Needs &needs,
+                                       const Wanted &wanted) {
     if (wanted.at != 0)
-        points = {wanted.at, wanted.at, 1};
-    else if (wanted.sample && operation.reach != Reach::kAlone)
-        points.stride = std::max<std::size_t>(count / kSampledPoints, 1);
+        return {wanted.at};
+    const bool samples = wanted.sample && operation.reach != Reach::kAlone;
+    std::vector<std::size_t> points = samples ? needs.not_of_openssl : std::vector<std::size_t>();
+    const std::size_t stride =
+        samples ? std::max<std::size_t>(needs.allocations / kSampledPoints, 1) : 1;
+    for (std::size_t point = 1; point <= needs.allocations; point += stride)
+        points.push_back(point);
+    std::sort(points.begin(), points.end());
+    points.erase(std::unique(points.begin(), points.end()), points.end());
+    return points;
+}
+
+void run(const Operation &operation, Form form, const Wanted &wanted, Totals &totals) {
+    const Needs needs = count_allocations(operation, form);
+    const std::vector<std::size_t> points = chosen_points(operation, needs, wanted);
     for (const auto mode : {failing_memory::Mode::kOnce, failing_memory::Mode::kFromThenOn}) {
         const Tally tally = sweep(operation, form, mode, points);
         std::printf("%s, %s, %s: %zu allocations, %zu failure points\n", operation.name().c_str(),
                     form_word(form), mode == failing_memory::Mode::kOnce ? "once" : "from then on",
-                    count, tally.points);
+                    needs.allocations, tally.points);
         if (tally.complaints != 0)
             std::printf("  %zu COMPLAINTS, the first at %s\n", tally.complaints,
                         tally.complaint.c_str());
