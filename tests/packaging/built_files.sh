@@ -22,7 +22,7 @@ expect() {
         wrong=1
     fi
 }
-dynamic_has() { readelf -dW "$1" | grep -qE "$2"; }
+dynamic_has() { readelf -dW "$1" | grep -E "$2" >/dev/null; }
 needs_only() {
     local more
     more=$(readelf -dW "$1" | sed -nE 's/.*\(NEEDED\).*\[(.*)\]/\1/p' |
