@@ -64,8 +64,10 @@ Reply next_reply() {
     if (sign == '!' || sign == '#') {
         reply.body.remove_prefix(1);
         const int number = take_number(reply.body);
-        if (sign == '#') {
+        if (sign == '#' && number >= 100) {
             reply.status = number;
+        } else if (sign == '#') {  // libcurl takes such a reply for no HTTP
+            reply.code = CURLE_UNSUPPORTED_PROTOCOL;
         } else {
             reply.code = std::clamp<int>(number, CURLE_UNSUPPORTED_PROTOCOL, CURL_LAST - 1);
         }
