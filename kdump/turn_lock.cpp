@@ -21,11 +21,12 @@ constexpr const char *kClaim = "api_get_cloudwtpflag";
 int open_turn_file() noexcept {
     constexpr const char *kPath = "/tmp/cloudwtpflag";
     constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC;
-    struct stat found;
     const int opened = open(kPath, kFlags | O_NOFOLLOW, 0644);
-    const bool own_link =
-        opened < 0 && errno == ELOOP && lstat(kPath, &found) == 0 && found.st_uid == geteuid();
-    return own_link ? open(kPath, kFlags, 0644) : opened;
+    struct stat found = {};
+    if (opened < 0 && errno == ELOOP && lstat(kPath, &found) == 0 && found.st_uid == geteuid()) {
+        return open(kPath, kFlags, 0644);
+    }
+    return opened;
 }
 
 // The turn file, open and locked; closing it gives the lock back.

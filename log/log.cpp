@@ -79,7 +79,7 @@ void write_to_file(const char *line) noexcept {
 // holds no buffer and needs no guard of its own; the work is done, guarded, in write_line. It lies
 // at the start of a cache line, so that a processor fetches it in one piece.
 __attribute__((no_stack_protector, aligned(64))) void cloud_log(const char *format, ...) noexcept {
-    if (__builtin_expect((g_console_debug | g_file_log) != 0, 0)) {
+    if (__builtin_expect(g_console_debug | g_file_log, 0) != 0) {
         std::va_list arguments;
         va_start(arguments, format);
         write_line(format, arguments);
