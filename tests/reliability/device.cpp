@@ -1,7 +1,9 @@
 #include "device.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 
 #include "device_files.h"
 #include "files.h"
@@ -11,34 +13,51 @@ namespace reliability {
 namespace {
 
 // Several pages and two TLS records, so that it takes more than one call to read and to send it.
-constexpr size_t kLongestDump = 20000;
-constexpr const char *kFolders[] = {"/tmp", "/mnt", "/etc", world::kDeviceDir};
+constexpr size_t kLongDump = 20000;
+constexpr size_t kShortDump = 500;  // of the other kinds
+constexpr const char *kFolders[] = {"/tmp", "/mnt", world::kDeviceDir};
 
-Files fresh_device() {
-    Files files = look();
+bool sends(const Kind &kind, const std::string &path) {
+    return std::any_of(kind.dumps.begin(), kind.dumps.end(),
+                       [&](const Dump &dump) { return dump.source == path; });
+}
+
+Files fresh_device(const Kind &kind) {
+    Files files;
+    for (const char *name : {"CRT", "KEY"}) {
+        const std::string path = std::string(world::kDeviceDir) + "/" + name;
+        files[path] = world::read_file(path);
+    }
     for (auto &[path, content] : world::seeded_files())
-        files[path] = content.substr(0, std::min(content.size(), kLongestDump));
+        files[path] = content.substr(0, sends(kind, path) ? kLongDump : kShortDump);
+    if (kind.reboots)
+        files["/tmp/upgrade_finish"] = "";
     return files;
+}
+
+std::string content_of(const std::string &path) {
+    std::string content;
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"),
+                                                                std::fclose);
+    char piece[32768];
+    for (size_t got = 0; file && (got = std::fread(piece, 1, sizeof piece, file.get())) > 0;)
+        content.append(piece, got);
+    return content;
 }
 
 }  // namespace
 
 const Files &fresh_files(const Kind &kind) {
-    static const Files plain = fresh_device();
-    static const Files upgraded = [] {
-        Files files = plain;
-        files["/tmp/upgrade_finish"] = "";
-        return files;
-    }();
-    return kind.reboots ? upgraded : plain;
+    static std::map<std::string, Files> known;
+    const auto found = known.find(kind.name);
+    return found != known.end() ? found->second : known[kind.name] = fresh_device(kind);
 }
 
 Files look() {
     Files files;
     for (const char *folder : kFolders)
         for (const std::string &path : world::list_files(folder))
-            if (!std::filesystem::is_symlink(path))
-                files[path] = world::read_file_if_any(path);
+            files[path] = content_of(path);
     return files;
 }
 

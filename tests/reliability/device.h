@@ -11,7 +11,7 @@ namespace reliability {
 // Path -> content of every file under the folders that programs of a device may write to.
 using Files = std::map<std::string, std::string>;
 
-// What lies on a device on which nothing has run yet.
+// What lies on a device on which nothing has run yet. The client's certificate and key are there.
 const Files &fresh_files(const Kind &kind);
 
 Files look();

@@ -26,16 +26,13 @@ namespace {
 constexpr const char *kMemoryRecord = "/run/world/memory";
 // More sleeps than three failed requests and three failed uploads have.
 constexpr const char *kMostSleeps = "8";
-constexpr std::chrono::seconds kLongestRun{10};
 
 // Everything execve() needs, made before the fork, since a child of a program with threads must
 // not allocate.
 class CommandLine {
   public:
-    CommandLine(const std::string &program, const std::vector<std::string> &words,
-                const Disturbance &disturbance) {
-        words_.push_back(program);
-        words_.insert(words_.end(), words.begin(), words.end());
+    CommandLine(const std::vector<std::string> &words, const Disturbance &disturbance)
+        : words_(words) {
         for (const std::string &word : words_)
             arguments_.push_back(const_cast<char *>(word.c_str()));
         arguments_.push_back(nullptr);
@@ -75,7 +72,8 @@ class CommandLine {
 // Ends a run that does not end.
 class Deadline {
   public:
-    explicit Deadline(pid_t group) : group_(group), thread_([this] { watch(); }) {}
+    Deadline(pid_t group, std::chrono::seconds longest)
+        : group_(group), longest_(longest), thread_([this] { watch(); }) {}
     ~Deadline() { stop(); }
     bool passed() {
         stop();
@@ -85,7 +83,7 @@ class Deadline {
   private:
     void watch() {
         std::unique_lock<std::mutex> lock(guard_);
-        if (!ended_.wait_for(lock, kLongestRun, [this] { return over_; })) {
+        if (!ended_.wait_for(lock, longest_, [this] { return over_; })) {
             passed_ = true;
             kill(-group_, SIGKILL);
         }
@@ -99,7 +97,8 @@ class Deadline {
         if (thread_.joinable())
             thread_.join();
     }
-    pid_t group_;
+    const pid_t group_;
+    const std::chrono::seconds longest_;
     std::mutex guard_;
     std::condition_variable ended_;
     bool over_ = false;
@@ -124,8 +123,8 @@ void read_memory_record(RunResult &result) {
 
 }  // namespace
 
-RunResult run_disturbed(const std::string &program, const std::vector<std::string> &words,
-                        const Disturbance &disturbance) {
+RunResult run_disturbed(const std::vector<std::string> &words, const Disturbance &disturbance,
+                        std::chrono::seconds longest) {
     static const bool adopts = [] {
         prctl(PR_SET_CHILD_SUBREAPER, 1);
         world::write_file(world::kSleepLimit, kMostSleeps);
@@ -134,7 +133,7 @@ RunResult run_disturbed(const std::string &program, const std::vector<std::strin
     (void)adopts;
     const bool is_traced = disturbance.trouble != Trouble::allocation;
     unlink(kMemoryRecord);
-    const CommandLine command(program, words, disturbance);
+    const CommandLine command(words, disturbance);
     const pid_t process = fork();
     if (process == 0) {
         setpgid(0, 0);
@@ -143,7 +142,7 @@ RunResult run_disturbed(const std::string &program, const std::vector<std::strin
         command.become();
     }
     setpgid(process, process);
-    Deadline deadline(process);
+    Deadline deadline(process, longest);
     RunResult result;
     if (is_traced)
         trace(process, disturbance, result);

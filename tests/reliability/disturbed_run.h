@@ -1,6 +1,7 @@
 /* Runs the program once on the device, disturbed at one exact place. */
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -28,9 +29,9 @@ struct RunResult {
     std::vector<std::string> changed;        // paths that were opened for writing, removed, ...
 };
 
-// Starts the program with these arguments in the working directory and waits until it and all it
-// started have ended.
-RunResult run_disturbed(const std::string &program, const std::vector<std::string> &words,
-                        const Disturbance &disturbance);
+// Starts a program, called kdump, in the working directory and waits until it and all it started
+// have ended. What takes longer than `longest` is ended.
+RunResult run_disturbed(const std::vector<std::string> &command, const Disturbance &disturbance,
+                        std::chrono::seconds longest);
 
 }  // namespace reliability

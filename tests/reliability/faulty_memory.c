@@ -187,6 +187,8 @@ static long number_in(const char *name) {
 __attribute__((constructor)) static void begin(void) {
     static const int kFaults[] = {SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL};
     const char *const path = getenv(FAULTY_MEMORY_RECORD);
+    if (strcmp(program_invocation_short_name, "kdump") != 0)
+        return; /* a memory checker on its way to the program */
     void *frame;
     unsetenv("LD_PRELOAD");
     if (path != NULL) {

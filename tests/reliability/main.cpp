@@ -22,12 +22,21 @@ using Tallies = std::map<std::string, Tally>;
 const std::vector<std::string> kMemoryChecker = {VALGRIND,
                                                  "-q",
                                                  "--vgdb=no",
+                                                 "--soname-synonyms=somalloc=nouserintercepts",
                                                  "--error-exitcode=99",
                                                  "--leak-check=full",
                                                  "--show-leak-kinds=definite,indirect",
                                                  "--errors-for-leak-kinds=definite,indirect",
                                                  "--child-silent-after-fork=yes",
-                                                 "--log-file=/run/world/checker"};
+                                                 "--log-file=" CHECKER_REPORT};
+
+std::vector<std::string> command_of(const SweepOptions &options) {
+    std::vector<std::string> command;
+    if (options.watched)
+        command = kMemoryChecker;
+    command.push_back(options.program);
+    return command;
+}
 
 bool is_chosen(const SweepOptions &options, const Kind &kind) {
     return options.kind.empty() || options.kind == kind.name;
@@ -37,7 +46,7 @@ bool is_chosen(const SweepOptions &options, const Kind &kind) {
 int work(const SweepOptions &options, unsigned worker, int report) {
     world::enter();
     try {
-        Rig rig(options.program, options.watched ? kMemoryChecker : std::vector<std::string>());
+        Rig rig(command_of(options));
         Sweep sweep(options, worker, rig);
         json tallies;
         for (const Kind &kind : kinds()) {

@@ -7,6 +7,9 @@
 namespace reliability {
 namespace {
 
+constexpr std::chrono::seconds kLongestRun{10};
+constexpr std::chrono::seconds kLongestWatchedRun{120};
+
 Files make_device() {
     world::add_host(CLOUD_TFA_HOST);
     world::add_host("uploads.example.com");
@@ -19,12 +22,8 @@ Files make_device() {
 
 }  // namespace
 
-Rig::Rig(std::string program, std::vector<std::string> launcher)
-    : launcher_(std::move(launcher)), program_(std::move(program)), present_(make_device()) {
-    launcher_.push_back(program_);
-    program_ = launcher_.front();
-    launcher_.erase(launcher_.begin());
-}
+Rig::Rig(std::vector<std::string> command)
+    : command_(std::move(command)), present_(make_device()) {}
 
 Observation Rig::run(const Kind &kind, const Disturbance &disturbance, const Files &files) {
     Observation observed;
@@ -32,9 +31,10 @@ Observation Rig::run(const Kind &kind, const Disturbance &disturbance, const Fil
     observed.disturbance = disturbance;
     restore(present_, files);
     observed.before = files;
-    std::vector<std::string> words = launcher_;
+    std::vector<std::string> words = command_;
     words.insert(words.end(), kind.words.begin(), kind.words.end());
-    observed.run = run_disturbed(program_, words, disturbance);
+    observed.run =
+        run_disturbed(words, disturbance, command_.size() == 1 ? kLongestRun : kLongestWatchedRun);
     observed.uploads = depot_.take_uploads();
     observed.console = console_.text();
     console_.clear();

@@ -12,15 +12,14 @@ namespace reliability {
 
 class Rig {
   public:
-    // Call it inside the private world. `launcher`: words before the program, or none.
-    Rig(std::string program, std::vector<std::string> launcher);
+    // Call it inside the private world. `command`: the program, perhaps after a memory checker.
+    explicit Rig(std::vector<std::string> command);
 
     // Runs the program on a device with these files; the device then has those of the result.
     Observation run(const Kind &kind, const Disturbance &disturbance, const Files &files);
 
   private:
-    std::vector<std::string> launcher_;
-    std::string program_;
+    const std::vector<std::string> command_;
     Files present_;
     world::Console console_;
     Depot depot_;

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "faulty_calls.h"
+#include "files.h"
 
 namespace reliability {
 namespace {
@@ -16,7 +17,7 @@ constexpr long kChosenAllocationStep = 23;
 constexpr long kAllocationStep = 311;
 constexpr long kCallStep = 7;
 constexpr long kKillStep = 29;
-constexpr long kWatchedStep = 397;
+constexpr long kWatchedStep = 2003;
 constexpr const char *kChosen[] = {"segmentrace", "RAM -f"};
 
 }  // namespace
@@ -30,6 +31,10 @@ Tally Sweep::over(const Kind &kind) {
             kill_and_recover(disturbance);
         else
             disturb(disturbance);
+        return tally_;
+    }
+    if (options_.watched) {
+        fail_watched_allocations();
         return tally_;
     }
     leave_alone();
@@ -62,9 +67,7 @@ void Sweep::fail_allocations() {
     const std::vector<long> &places = counted.places;
     for (const bool onward : {false, true}) {
         disturbance.onward = onward;
-        if (options_.watched)
-            fail_each_place(disturbance, places, kWatchedStep);
-        else if (options_.sample)
+        if (options_.sample)
             fail_each_place(disturbance, places,
                             is_chosen() ? kChosenAllocationStep : kAllocationStep);
         else if (is_chosen())
@@ -72,6 +75,22 @@ void Sweep::fail_allocations() {
                        [this](const Disturbance &next) { return disturb(next); });
         else
             fail_each_place(disturbance, places, 1);
+    }
+}
+
+// A few, others for each kind.
+void Sweep::fail_watched_allocations() {
+    if (options_.sample && !is_chosen())
+        return;
+    const long first =
+        1 + (kind_ - kinds().data()) * kWatchedStep / static_cast<long>(kinds().size());
+    Disturbance disturbance;
+    disturbance.trouble = Trouble::allocation;
+    for (const bool onward : {false, true}) {
+        disturbance.onward = onward;
+        disturbance.at = first + worker_ * kWatchedStep;
+        while (disturb(disturbance))
+            disturbance.at += options_.workers * kWatchedStep;
     }
 }
 
@@ -172,8 +191,10 @@ void Sweep::judge(const Disturbance &disturbance, const Verdict &verdict) {
     tally_.lost += verdict.lost;
     for (const std::string &violation : verdict.violations) {
         ++tally_.violations;
-        fmt::print("VIOLATION {}: {}\n  again: reliability_sweep {} --kind \"{}\" --only {}\n",
-                   kind_->name, violation, options_.name, kind_->name, disturbance.text());
+        fmt::print("VIOLATION {}: {}\n{}  again: reliability_sweep {}{} --kind \"{}\" --only {}\n",
+                   kind_->name, violation,
+                   options_.watched ? world::read_file_if_any(CHECKER_REPORT) : "", options_.name,
+                   options_.watched ? " --watched" : "", kind_->name, disturbance.text());
         std::fflush(stdout);
     }
 }

@@ -9,6 +9,9 @@
 
 namespace reliability {
 
+// Where a memory checker puts what it found in a run.
+#define CHECKER_REPORT "/run/world/checker"
+
 struct SweepOptions {
     std::string name;  // "allocations", "syscalls" or "kills"
     std::string program;
@@ -40,6 +43,7 @@ class Sweep {
     bool is_chosen() const;
 
     void fail_allocations();
+    void fail_watched_allocations();
     void fail_each_place(Disturbance disturbance, const std::vector<long> &places, long step);
     void fail_calls(Caller caller);
     void kill_everywhere(Caller caller);
