@@ -44,5 +44,5 @@ cp device/system_status.h "$copy/device/"
 echo '// more' >>"$copy/docs/device-and-cloud.dot"
 expect_failure 'an old picture' 'device-and-cloud.svg is not up to date'
 "$copy/script/docs" >/dev/null
-sed -i '/^<!-- figures: .* of /a | kdump | 0.1 |' "$copy/README.md"
+sed -i '/^<!-- figures: .* columns /a | kdump | 0.1 |' "$copy/README.md"
 expect_failure 'an invented figure' "README's figures are not up to date"
