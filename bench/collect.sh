@@ -63,6 +63,7 @@ versions() {
         jq -R 'split(" ") | {(.[0]): .[1]}' | jq -s add
 }
 
+# shellcheck source=/dev/null  # the names of the system
 jq -n --arg processor "$(sed -n 's/^model name.*: //p' /proc/cpuinfo | head -n 1)" \
     --argjson cores "$(nproc)" --arg kernel "$(uname -sr)" \
     --arg load "$(cut -d ' ' -f 1-3 /proc/loadavg)" \
