@@ -35,6 +35,13 @@ void pin_dns_servers(Transfer &transfer) noexcept {
     }
 }
 
+// The next attempt sees a resolver configuration that has changed meanwhile. Where libc finds no
+// memory for that it keeps a lock, and a second call would wait for ever.
+void renew_resolver() noexcept {
+    static bool failed = false;
+    failed = failed || res_init() != 0;
+}
+
 bool keep_upload_url(const char *url) noexcept {
     const std::size_t length = std::strlen(url);
     cloud_log("%s %d url_size %d \n\n", kFunction, 340, static_cast<int>(length));
@@ -88,7 +95,7 @@ int api_TFA_post_data(const char *body) noexcept {
     long status = 0;
     const CURLcode result = request.perform(&status);
     if (result == CURLE_COULDNT_RESOLVE_HOST && g_detect_dns == 0) {
-        res_init();  // the next attempt sees a resolver configuration that has changed meanwhile
+        renew_resolver();
     }
     if (result != CURLE_OK) {
         cloud_log("TFA curl error : %d\n", static_cast<int>(result));

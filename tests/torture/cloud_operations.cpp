@@ -62,6 +62,20 @@ Operations url_rows() {
              return url_outcome();
          },
          kUrlOrNone},
+        // libc's resolver is renewed after each.
+        {"api_TFA_post_data",
+         "an unknown host, twice",
+         Reach::kNetworkFromCold,
+         [] {
+             prepare_cloud();
+             std::strcpy(KDUMPS_url, "https://unknown.test/kdumps");
+         },
+         [] {
+             ask_for_url();
+             ask_for_url();
+         },
+         url_outcome,
+         {"libcurl's code, no URL"}},
         // Settings that cannot be read mean no proxy, so the request may arrive after all.
         {"api_TFA_post_data",
          "a proxy that is down",

@@ -159,7 +159,7 @@ Operations outage_rows() {
          [] { g_result = api_cloud_fail_log(); },
          outage_outcome,
          {"0, '7', asked, flag 1", "0, '7', not asked, flag 1", "0, '7', not asked, flag 0",
-          "0, '85900', not asked, flag 0", "0, '0', not asked, flag 0"}},
+          "0, '85900', not asked, flag 0"}},
     };
 }
 
@@ -175,6 +175,9 @@ Operation led_row(uint32_t mode, const char *situation, const std::string &marke
                   const std::string &body) {
     const std::string sent =
         "'PATCH /api/system/settings/ledblink {\"systemLED\":\"" + body + "\"}'";
+    std::vector<std::string> allowed = {"0, " + marker + ", " + sent, "0, " + marker + ", none"};
+    if (mode == 1)
+        allowed.push_back("-1, none, none");
     return {"api_system_led_blink",
             situation,
             Reach::kNetwork,
@@ -185,7 +188,7 @@ Operation led_row(uint32_t mode, const char *situation, const std::string &marke
             },
             [=] { g_result = api_system_led_blink(mode); },
             led_outcome,
-            {"0, " + marker + ", " + sent, "0, " + marker + ", none", "-1, none, none"}};
+            allowed};
 }
 
 Operations led_rows() {

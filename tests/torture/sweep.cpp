@@ -1,10 +1,6 @@
 #include "sweep.h"
 
-#include <dlfcn.h>
-#include <execinfo.h>
-#include <fcntl.h>
 #include <openssl/err.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,133 +12,26 @@
 #include <ctime>
 #include <stdexcept>
 
-#include "console.h"
 #include "files.h"
 #include "log/log.h"
-#include "peers.h"
+#include "worker.h"
 
 namespace {
 
-constexpr const char *kConsole = "/dev/console";
-constexpr const char *kOutput = "/run/world/torture/output";
-constexpr const char *kErrors = "/run/world/torture/errors";
 constexpr const char *kAssertion =
     "json_parser.c:387: initJsonRpcObject: Assertion `((void *)0) != root' failed.";
-constexpr int kMostDescriptors = 256;
-constexpr int kMostFrames = 48;
-constexpr std::size_t kMostAllocations = 1 << 15;
-constexpr unsigned kPatienceSeconds = 60;
-constexpr int kEndlessWait = 3;  // exit status
-
-// What a worker tells, also when a signal ends it.
-struct Report {
-    std::size_t allocations;
-    bool of_openssl[kMostAllocations];  // by number, the first is 1
-    std::size_t index;                  // of the point under way
-    std::size_t points;
-    bool blocks_left;      // by the run before
-    char complaint[4096];  // of the point under way
-    char fault[256];       // where a signal met it
-};
-
-Report *g_report;
-int g_console;
-
-Report *shared_report() {
-    void *const memory =
-        mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED)
-        throw std::runtime_error("no shared memory");
-    return static_cast<Report *>(memory);
-}
-
-bool is_in(const void *address, const char *function) {
-    Dl_info place;
-    return dladdr(address, &place) != 0 && place.dli_sname != nullptr &&
-           std::strcmp(place.dli_sname, function) == 0;
-}
-
-// Notes the first place on the way down that is not libc's and not this function.
-void name_fault(int) {
-    void *frames[kMostFrames];
-    const int count = backtrace(frames, kMostFrames);
-    for (int i = 1; i < count; ++i) {
-        Dl_info place;
-        if (dladdr(frames[i], &place) == 0 || std::strstr(place.dli_fname, "libc.so") != nullptr)
-            continue;
-        const char *const file = std::strrchr(place.dli_fname, '/');
-        std::snprintf(g_report->fault, sizeof g_report->fault, "a fault of %s in %s",
-                      place.dli_sname != nullptr ? place.dli_sname : "a static function",
-                      file != nullptr ? file + 1 : place.dli_fname);
-        break;
-    }
-    signal(SIGSEGV, SIG_DFL);
-    raise(SIGSEGV);
-}
-
-// A transfer that will never end: what libcurl waits for, OpenSSL does not do any more.
-void name_wait(int) {
-    void *frames[kMostFrames];
-    const int count = backtrace(frames, kMostFrames);
-    const bool transfers = std::any_of(frames, frames + count, [](const void *frame) {
-        return is_in(frame, "curl_easy_perform");
-    });
-    if (transfers && failing_memory::openssl_asked())
-        std::snprintf(g_report->fault, sizeof g_report->fault,
-                      "an endless wait of curl_easy_perform for libssl");
-    _exit(kEndlessWait);
-}
-
-void watch_faults() {
-    void *nothing[1];
-    backtrace(nothing, 1);    // loads what it needs now
-#ifndef __SANITIZE_ADDRESS__  // which tells more itself
-    signal(SIGSEGV, name_fault);
-#endif
-    signal(SIGALRM, name_wait);
-    alarm(kPatienceSeconds);
-}
-
-void replace(int descriptor, const char *path) {
-    const int file = open(path, O_RDWR | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
-    dup2(file, descriptor);
-    close(file);
-}
-
-// The streams of a worker; those of stdio have their buffers before memory is watched.
-void take_streams() {
-    failing_memory::follow();
-    g_console = open(kConsole, O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    std::fflush(stdout);
-    replace(STDOUT_FILENO, kOutput);
-    replace(STDERR_FILENO, kErrors);
-    std::printf("\n");
-    std::fflush(stdout);
-}
-
-void empty_streams() {
-    console_text();
-    std::fflush(stdout);
-    if (ftruncate(STDOUT_FILENO, 0) != 0 || ftruncate(STDERR_FILENO, 0) != 0)
-        std::abort();
-}
-
-int open_descriptors() {
-    int count = 0;
-    for (int i = 0; i < kMostDescriptors; ++i)
-        count += fcntl(i, F_GETFD) != -1;
-    return count;
-}
 
 std::string judge(const Operation &operation, Form form, const std::string &outcome) {
-    const auto holds = [&](const std::vector<std::string> &allowed) {
-        return std::find(allowed.begin(), allowed.end(), outcome) != allowed.end();
-    };
-    const bool as_allowed =
-        failing_memory::failed() == 0
-            ? outcome == operation.allowed.front()
-            : holds(operation.allowed) || (form == Form::kCold && holds(operation.allowed_cold));
-    return as_allowed ? "" : "came to <" + outcome + ">\n";
+    const auto place = std::find(operation.allowed.begin(), operation.allowed.end(), outcome);
+    const bool is_first = place == operation.allowed.begin();
+    if (is_first || (place != operation.allowed.end() && failing_memory::failed() != 0)) {
+        g_report->outcomes |= 1ul << (place - operation.allowed.begin());
+        return "";
+    }
+    const auto &cold = operation.allowed_cold;
+    return form == Form::kCold && std::find(cold.begin(), cold.end(), outcome) != cold.end()
+               ? ""
+               : "came to <" + outcome + ">\n";
 }
 
 // The outcome, put into words; what the call handed out is released.
@@ -272,6 +161,7 @@ bool is_documented_assertion(const Sweep &sweep, int status) {
 
 void take_end(Sweep &sweep, int status) {
     sweep.tally.points += g_report->points;
+    sweep.tally.outcomes |= g_report->outcomes;
     if (g_report->index == sweep.points.size())
         return;
     const std::size_t point = sweep.points[g_report->index];
@@ -293,22 +183,8 @@ void take_end(Sweep &sweep, int status) {
 
 }  // namespace
 
-std::string console_text() {
-    std::string text;
-    char piece[4096];
-    for (ssize_t got = 0; (got = read(g_console, piece, sizeof piece)) > 0;)
-        text.append(piece, static_cast<std::size_t>(got));
-    return world::without_stamps(text);
-}
-
-std::string output_text() {
-    std::fflush(stdout);
-    return world::read_file_if_any(kOutput);
-}
-
 Needs count_allocations(const Operation &operation, Form form) {
-    if (g_report == nullptr)
-        g_report = shared_report();
+    share_report();
     const int status = run_worker([&] {
         take_streams();
         watch_faults();

@@ -17,6 +17,7 @@ struct Tally {
     std::size_t points = 0;    // runs in which at least one failed
     std::size_t asserted = 0;  // of these, ended by the documented assertion
     std::map<std::string, std::size_t> library_faults;  // what OpenSSL did -> so many runs
+    unsigned long outcomes = 0;                         // a bit for each of those allowed that came
     std::string complaint;                              // the first; empty: all is well
     std::size_t complaints = 0;
 };

@@ -81,7 +81,8 @@ std::vector<std::size_t> chosen_points(const Operation &operation, const Needs &
     return points;
 }
 
-void run(const Operation &operation, Form form, const Wanted &wanted, Totals &totals) {
+unsigned long run(const Operation &operation, Form form, const Wanted &wanted, Totals &totals) {
+    unsigned long outcomes = 1;
     const Needs needs = count_allocations(operation, form);
     const std::vector<std::size_t> points = chosen_points(operation, needs, wanted);
     for (const auto mode : {failing_memory::Mode::kOnce, failing_memory::Mode::kFromThenOn}) {
@@ -92,6 +93,7 @@ void run(const Operation &operation, Form form, const Wanted &wanted, Totals &to
         if (tally.complaints != 0)
             std::printf("  %zu COMPLAINTS, the first at %s\n", tally.complaints,
                         tally.complaint.c_str());
+        outcomes |= tally.outcomes;
         totals.points += tally.points;
         totals.asserted += tally.asserted;
         totals.complaints += tally.complaints;
@@ -99,15 +101,29 @@ void run(const Operation &operation, Form form, const Wanted &wanted, Totals &to
             totals.library_faults[place] += times;
         std::fflush(stdout);
     }
+    return outcomes;
+}
+
+// What the table allows has to happen, or the table says too much.
+void miss_outcomes(const Operation &operation, unsigned long outcomes, Totals &totals) {
+    for (std::size_t i = 0; i < operation.allowed.size(); ++i) {
+        if ((outcomes >> i & 1) == 0) {
+            ++totals.complaints;
+            std::printf("  COMPLAINT: %s never came to <%s>\n", operation.name().c_str(),
+                        operation.allowed[i].c_str());
+        }
+    }
 }
 
 // What can be counted at all is tortured; the rest is a complaint of its own.
 void run(const Operation &operation, const Wanted &wanted, Totals &totals) {
     ++totals.operations;
     try {
-        run(operation, Form::kWarm, wanted, totals);
+        unsigned long outcomes = run(operation, Form::kWarm, wanted, totals);
         if (operation.reach == Reach::kNetworkFromCold)
-            run(operation, Form::kCold, wanted, totals);
+            outcomes |= run(operation, Form::kCold, wanted, totals);
+        if (wanted.at == 0)
+            miss_outcomes(operation, outcomes, totals);
     } catch (const std::runtime_error &problem) {
         ++totals.complaints;
         std::printf("  COMPLAINT: %s\n", problem.what());
