@@ -17,13 +17,11 @@ def bars($title; $digits):
     | svg(40 + 24 * length; $title; to_entries | map((30 + 24 * .key) as $top
         | text(290; $top + 13; "end"; .value.name)
         + "<rect x=\"300\" y=\"\($top)\" width=\"\(.value.value / $most * 380 | fixed(1))\" height=\"18\" fill=\"\(
-            colours[if .key == 0 then 0 else 2 end])\"/>\n"
+            colours[if .value.name | startswith("kdump") then 0 else 2 end])\"/>\n"
         + text(306 + .value.value / $most * 380 | round; $top + 13; "start"; .value.value | fixed($digits)))
         | add);
 
 def exponents($values): [range($values | min | log10 | floor; ($values | max | log10 | ceil) + 1)];
-
-def short: if . >= 1000 then "\(. / 1000)k" elif . >= 1 then "\(.)" else tostring end;
 
 # [{name, points: [[x, y], ...]}, ...], both axes logarithmic; y decades named as seconds are.
 def lines($title; $ticks; $unit):
@@ -68,10 +66,11 @@ def growth_plot:
 
 def memory_plot:
     .big_upload.peak_kb_by_mib as $peaks
-    | [{name: "api_TFA_post_FILE", points: [$peaks.library | to_entries[] | [(.key | tonumber), (.value | median)]] | sort},
-       {name: "curl -T", points: [$peaks.curl | to_entries[] | [(.key | tonumber), (.value | median)]] | sort}]
-    | lines("Peak memory by the size of the upload"; [$peaks.library | keys[] | {(.): "\(.) MiB"}] | add;
-        {"3": "1,000 KiB", "4": "10,000 KiB", "5": "100,000 KiB"});
+    | def points: [to_entries[] | [(.key | tonumber), (.value | median)]] | sort;
+    [{name: "api_TFA_post_FILE", points: ($peaks.library | points)},
+     {name: "curl -T", points: ($peaks.curl | points)}]
+    | lines("Peak memory in KiB by the size of the upload"; [$peaks.library | keys[] | {(.): "\(.) MiB"}] | add;
+        {"3": "1,000", "4": "10,000", "5": "100,000"});
 
 def names: ["whole-run", "memory", "upload-memory", "growth"];
 

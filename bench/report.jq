@@ -26,10 +26,13 @@ def ratio($subject; $against; $value; $most):
 def whole_run_ratios:
     .rivals as $r
     | def walls($a; $b): in_turns($r[$a].wall_s; $r[$b].wall_s);
+    def processor($a; $b): in_turns($r[$a].cpu_s; $r[$b].cpu_s);
     def medians($a; $b; $of): ($r[$a][$of] | median) / ($r[$b][$of] | median);
     [ratio("whole run, wall"; "shell script"; walls("device"; "script"); 0.25),
      ratio("whole run, wall"; "bare libcurl program"; walls("device"; "bare_device"); 1.05),
-     ratio("whole run, wall, distribution's libraries"; "bare libcurl program";
+     ratio("whole run, processor time"; "shell script"; processor("device"; "script"); 0.25),
+     ratio("whole run, processor time"; "bare libcurl program"; processor("device"; "bare_device"); 1.05),
+     ratio("whole run, wall, shared libraries"; "bare program, distribution's libcurl";
         walls("release"; "bare_system"); 1.05),
      ratio("whole run, system calls"; "bare libcurl program";
         medians("device"; "bare_device"; "system_calls"); 1.05),
