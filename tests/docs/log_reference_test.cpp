@@ -262,6 +262,20 @@ TEST_F(LogReference, NoticesNumbersThatAreHandedOnOrHeldInATable) {
     }
 }
 
+// Whatever else stands in a source, the call behind it is found.
+TEST(SourceTokens, ReadsPastEveryKindOfText) {
+    const Sources sources = {{"a.cpp", R"x(
+        #define QUOTE "\"
+        // cloud_log("no call");
+        /* cloud_log("none either"); */
+        const char *json = R"({"a": "b\"})";
+        char c = '"';
+        void f(int x) { if (x) { cloud_log("%s %d \"%s\"" " end\n", __func__, 7, json); } }
+    )x"}};
+    EXPECT_EQ(log_lines(sources),
+              (std::set<LogLine>{{"a.cpp", "f", "7", R"(%s %d \"%s\" end\n)"}}));
+}
+
 TEST_F(LogReference, NoticesANewCallAndARowTooMany) {
     if (!in_order())
         GTEST_SKIP();

@@ -60,6 +60,12 @@ Tokens tokens_of(const std::string &source) {
             at = end;
             continue;
         }
+        if (source.compare(at, 3, "R\"(") == 0) {
+            end = source.find(")\"", at);
+            tokens.push_back({Token::kText, source.substr(at + 3, end - at - 3)});
+            at = end + 2;
+            continue;
+        }
         if (c == '"' || c == '\'') {
             end = end_of_quoted(source, at);
             tokens.push_back({Token::kText, source.substr(at + 1, end - at - 1)});
