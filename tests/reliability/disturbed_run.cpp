@@ -2,7 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/prctl.h>
-#include <sys/ptrace.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,19 +26,25 @@ namespace {
 constexpr const char *kMemoryRecord = "/run/world/memory";
 // More sleeps than three failed requests and three failed uploads have.
 constexpr const char *kMostSleeps = "8";
+// Of the processor; a run takes hundredths.
+constexpr struct rlimit kMostSeconds = {3, 4};
+constexpr std::chrono::seconds kLongestRun{60};
+constexpr std::chrono::seconds kLongestWatchedRun{300};
 
 // Everything execve() needs, made before the fork, since a child of a program with threads must
 // not allocate.
 class CommandLine {
   public:
-    CommandLine(const std::vector<std::string> &words, const Disturbance &disturbance)
-        : words_(words) {
+    CommandLine(const std::vector<std::string> &words, const Disturbance &disturbance, bool watched)
+        : words_(words), watched_(watched) {
         for (const std::string &word : words_)
             arguments_.push_back(const_cast<char *>(word.c_str()));
         arguments_.push_back(nullptr);
         settings_ = {"PATH=" + std::string(std::getenv("PATH")),
                      "LD_PRELOAD=" SLEEP_STAND_IN ":" FAULTY_MEMORY,
                      FAULTY_MEMORY_RECORD "=" + std::string(kMemoryRecord)};
+        if (watched)
+            settings_.emplace_back(FAULTY_MEMORY_STEADY "=1");
         if (disturbance.trouble == Trouble::allocation) {
             settings_.push_back(FAULTY_MEMORY_AT "=" + std::to_string(disturbance.at));
             if (disturbance.at == 0)
@@ -54,6 +60,8 @@ class CommandLine {
     [[noreturn]] void become() const {
         for (const int number : {SIGINT, SIGQUIT, SIGPIPE})
             signal(number, SIG_DFL);
+        if (!watched_)
+            setrlimit(RLIMIT_CPU, &kMostSeconds);
         const int nowhere = open("/dev/null", O_RDWR);
         for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
             dup2(nowhere, descriptor);
@@ -64,6 +72,7 @@ class CommandLine {
 
   private:
     std::vector<std::string> words_;
+    const bool watched_;
     std::vector<std::string> settings_;
     std::vector<char *> arguments_;
     std::vector<char *> environment_;
@@ -124,7 +133,7 @@ void read_memory_record(RunResult &result) {
 }  // namespace
 
 RunResult run_disturbed(const std::vector<std::string> &words, const Disturbance &disturbance,
-                        std::chrono::seconds longest) {
+                        bool watched) {
     static const bool adopts = [] {
         prctl(PR_SET_CHILD_SUBREAPER, 1);
         world::write_file(world::kSleepLimit, kMostSleeps);
@@ -133,7 +142,7 @@ RunResult run_disturbed(const std::vector<std::string> &words, const Disturbance
     (void)adopts;
     const bool is_traced = disturbance.trouble != Trouble::allocation;
     unlink(kMemoryRecord);
-    const CommandLine command(words, disturbance);
+    const CommandLine command(words, disturbance, watched);
     const pid_t process = fork();
     if (process == 0) {
         setpgid(0, 0);
@@ -142,7 +151,7 @@ RunResult run_disturbed(const std::vector<std::string> &words, const Disturbance
         command.become();
     }
     setpgid(process, process);
-    Deadline deadline(process, longest);
+    Deadline deadline(process, watched ? kLongestWatchedRun : kLongestRun);
     RunResult result;
     if (is_traced)
         trace(process, disturbance, result);
@@ -150,8 +159,9 @@ RunResult run_disturbed(const std::vector<std::string> &words, const Disturbance
     for (pid_t ended = 0; (ended = waitpid(-1, &status, 0)) > 0 || errno == EINTR;)
         if (ended == process)
             result.status = status;
-    result.overdue = deadline.passed();
-    result.gave_up = WIFSIGNALED(result.status) && WTERMSIG(result.status) == SIGTERM;
+    const int signal = WIFSIGNALED(result.status) ? WTERMSIG(result.status) : 0;
+    result.overdue = deadline.passed() || signal == SIGXCPU;
+    result.gave_up = signal == SIGTERM;
     read_memory_record(result);
     if (!is_traced)
         result.disturbed = !result.failed_frames.empty();

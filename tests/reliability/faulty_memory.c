@@ -31,6 +31,7 @@ static long made;
 static long failing;
 static int onward;
 static int notes_places;
+static int is_steady;
 static int counting;
 static int record = -1;
 
@@ -156,18 +157,17 @@ int posix_memalign(void **out, size_t alignment, size_t size) {
 }
 
 int clock_gettime(clockid_t clock, struct timespec *out) {
-    enum { kUsualSeconds = 2, kHaste = 200 };
+    enum { kUsualMilliseconds = 500, kHaste = 200, kThousand = 1000 };
     static int (*next)(clockid_t, struct timespec *);
-    static time_t started;
+    struct timespec used;
     find_next(&next, "clock_gettime");
     const int result = next(clock, out);
-    if (result != 0 || clock != CLOCK_MONOTONIC)
+    if (result != 0 || clock != CLOCK_MONOTONIC || is_steady ||
+        next(CLOCK_PROCESS_CPUTIME_ID, &used) != 0)
         return result;
-    if (started == 0)
-        started = out->tv_sec;
-    const time_t late = out->tv_sec - started - kUsualSeconds;
-    if (late > 0)
-        out->tv_sec += late * kHaste;
+    const long busy = used.tv_sec * kThousand + used.tv_nsec / (kThousand * kThousand);
+    if (busy > kUsualMilliseconds)
+        out->tv_sec += (busy - kUsualMilliseconds) * kHaste / kThousand;
     return 0;
 }
 
@@ -195,6 +195,7 @@ __attribute__((constructor)) static void begin(void) {
         record = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
         failing = number_in(FAULTY_MEMORY_AT);
         onward = getenv(FAULTY_MEMORY_ONWARD) != NULL;
+        is_steady = getenv(FAULTY_MEMORY_STEADY) != NULL;
         notes_places = getenv(FAULTY_MEMORY_PLACES) != NULL;
         backtrace(&frame, 1); /* loads what it needs now, not in the handler */
         for (size_t i = 0; i < sizeof kFaults / sizeof *kFaults; ++i)

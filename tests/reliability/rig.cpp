@@ -7,9 +7,6 @@
 namespace reliability {
 namespace {
 
-constexpr std::chrono::seconds kLongestRun{10};
-constexpr std::chrono::seconds kLongestWatchedRun{120};
-
 Files make_device() {
     world::add_host(CLOUD_TFA_HOST);
     world::add_host("uploads.example.com");
@@ -33,8 +30,7 @@ Observation Rig::run(const Kind &kind, const Disturbance &disturbance, const Fil
     observed.before = files;
     std::vector<std::string> words = command_;
     words.insert(words.end(), kind.words.begin(), kind.words.end());
-    observed.run =
-        run_disturbed(words, disturbance, command_.size() == 1 ? kLongestRun : kLongestWatchedRun);
+    observed.run = run_disturbed(words, disturbance, /*watched=*/command_.size() > 1);
     observed.uploads = depot_.take_uploads();
     observed.console = console_.text();
     console_.clear();
