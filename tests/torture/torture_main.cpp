@@ -122,7 +122,8 @@ void run(const Operation &operation, const Wanted &wanted, Totals &totals) {
         unsigned long outcomes = run(operation, Form::kWarm, wanted, totals);
         if (operation.reach == Reach::kNetworkFromCold)
             outcomes |= run(operation, Form::kCold, wanted, totals);
-        if (wanted.at == 0)
+        const bool whole = !wanted.sample || operation.reach == Reach::kAlone;
+        if (whole && wanted.at == 0)
             miss_outcomes(operation, outcomes, totals);
     } catch (const std::runtime_error &problem) {
         ++totals.complaints;
