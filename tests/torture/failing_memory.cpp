@@ -7,18 +7,11 @@
 #include <cstdlib>
 #include <cstring>
 
-// AddressSanitizer's allocator keeps watching what passes through this one.
-#ifdef __SANITIZE_ADDRESS__
-#define BENEATH(call) __interceptor_##call
-#else
-#define BENEATH(call) __libc_##call
-#endif
-
 extern "C" {
-void *BENEATH(malloc)(std::size_t size);
-void *BENEATH(calloc)(std::size_t count, std::size_t size);
-void *BENEATH(realloc)(void *block, std::size_t size);
-void BENEATH(free)(void *block);
+void *__libc_malloc(std::size_t size);
+void *__libc_calloc(std::size_t count, std::size_t size);
+void *__libc_realloc(void *block, std::size_t size);
+void __libc_free(void *block);
 }
 
 namespace {
@@ -116,23 +109,23 @@ void *noted(void *address) {
 extern "C" {
 
 void *malloc(std::size_t size) noexcept {
-    return must_fail(__builtin_return_address(0)) ? nullptr : noted(BENEATH(malloc)(size));
+    return must_fail(__builtin_return_address(0)) ? nullptr : noted(__libc_malloc(size));
 }
 
 void *calloc(std::size_t count, std::size_t size) noexcept {
-    return must_fail(__builtin_return_address(0)) ? nullptr : noted(BENEATH(calloc)(count, size));
+    return must_fail(__builtin_return_address(0)) ? nullptr : noted(__libc_calloc(count, size));
 }
 
 void *realloc(void *block, std::size_t size) noexcept {
     if (must_fail(__builtin_return_address(0)))
         return nullptr;
     forget(block);
-    return noted(BENEATH(realloc)(block, size));
+    return noted(__libc_realloc(block, size));
 }
 
 void free(void *block) noexcept {
     forget(block);
-    BENEATH(free)(block);
+    __libc_free(block);
 }
 
 }  // extern "C"

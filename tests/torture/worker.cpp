@@ -86,10 +86,8 @@ void share_report() {
 
 void watch_faults() {
     void *nothing[1];
-    backtrace(nothing, 1);    // loads what it needs now
-#ifndef __SANITIZE_ADDRESS__  // which tells more itself
+    backtrace(nothing, 1);  // loads what it needs now
     signal(SIGSEGV, name_fault);
-#endif
     signal(SIGALRM, name_wait);
     alarm(kPatienceSeconds);
 }
