@@ -5,10 +5,12 @@
 
 # Small, and left to the final link to throw away what is not used.
 device_cflags='-Os -fPIC -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables'
-device_cflags+=' -fstack-protector-strong -DNDEBUG -Wa,--noexecstack'
+device_cflags+=' -fstack-protector-strong -DNDEBUG'
 # Sizes beyond 2 GiB and times beyond 2038, where the C library leaves a choice.
 device_cflags+=' -D_FILE_OFFSET_BITS=64 -D_TIME_BITS=64'
 link_time_cflags='-flto -ffat-lto-objects'
+# OpenSSL's builds add this by themselves, and the final link notices what only some were given.
+no_exec_stack=-Wa,--noexecstack
 
 # A TLS 1.2 and 1.3 client and the digests. RSA, ECDSA, Ed25519, ECDHE, X25519, AES, ChaCha20, SHA-2,
 # SHA-1, MD5, the assembler code and the error texts stay.
@@ -84,7 +86,7 @@ build_openssl() {
 # Builds the CMake project $1 into $2 with toolchain file $3 and the options that follow.
 build_with_cmake() {
     cmake -S "$1" -B "$1-build" --toolchain "$3" -DCMAKE_BUILD_TYPE=None \
-        -DCMAKE_C_FLAGS_NONE="$device_cflags $link_time_cflags" -DCMAKE_AR="$target_ar" \
+        -DCMAKE_C_FLAGS_NONE="$device_cflags $no_exec_stack $link_time_cflags" -DCMAKE_AR="$target_ar" \
         -DCMAKE_RANLIB="$target_ranlib" -DCMAKE_INSTALL_PREFIX="$2" -DCMAKE_INSTALL_LIBDIR=lib \
         "${@:4}"
     cmake --build "$1-build" -j"$(nproc)" --target install
@@ -92,7 +94,7 @@ build_with_cmake() {
 
 # Only the build optimises at link time: it would make each of configure's trials slower.
 build_device_curl() {
-    local cflags="$target_cflags $device_cflags"
+    local cflags="$target_cflags $device_cflags $no_exec_stack"
     (
         cd curl
         prepare_curl_source
