@@ -27,7 +27,6 @@ constexpr const char *kStoreHost = "uploads.example.com";
 constexpr const char *kProxySettings =
     R"({"restful_res":{"CloudProxySettings":)"
     R"({"enable":false,"proxyServer":"none","proxyServerPort":0}}})";
-constexpr struct timeval kPatience = {1, 0};
 
 int listen_on(uint16_t port) {
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -115,7 +114,8 @@ void Depot::accept_all(int listener, SSL_CTX *context) {
 void Depot::serve(int descriptor, SSL_CTX *context) {
     const int on = 1;
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof kPatience);
+    const struct timeval patience = {patience_.load().count(), 0};
+    setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     exchange(descriptor, context);
     --open_;
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -32,6 +33,9 @@ class Depot {
     Depot(const Depot &) = delete;
     Depot &operator=(const Depot &) = delete;
 
+    // How long a client may be silent before it is given up.
+    void set_patience(std::chrono::seconds patience) { patience_ = patience; }
+
     // What arrived since the last call, once no connection is open any more.
     std::vector<Upload> take_uploads();
 
@@ -43,6 +47,7 @@ class Depot {
     world::Reply hand_out_url(const world::Request &request);
     world::Reply take_upload(const world::Request &request);
 
+    std::atomic<std::chrono::seconds> patience_{std::chrono::seconds(1)};
     world::SslContext context_;
     std::mutex guard_;
     std::map<std::string, std::string> urls_;  // unused ones: path -> name of the dump

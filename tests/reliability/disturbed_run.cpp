@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <sstream>
+#include <system_error>
 #include <thread>
 
 #include "faulty_memory.h"
@@ -27,23 +28,23 @@ constexpr const char *kMemoryRecord = "/run/world/memory";
 // More sleeps than three failed requests and three failed uploads have.
 constexpr const char *kMostSleeps = "8";
 // Of the processor; a run takes hundredths.
-constexpr struct rlimit kMostSeconds = {3, 4};
+constexpr struct rlimit kMostSeconds = {6, 7};
 constexpr std::chrono::seconds kLongestRun{60};
-constexpr std::chrono::seconds kLongestWatchedRun{300};
+constexpr std::chrono::seconds kLongestSlowRun{300};
 
 // Everything execve() needs, made before the fork, since a child of a program with threads must
 // not allocate.
 class CommandLine {
   public:
-    CommandLine(const std::vector<std::string> &words, const Disturbance &disturbance, bool watched)
-        : words_(words), watched_(watched) {
+    CommandLine(const std::vector<std::string> &words, const Disturbance &disturbance, bool slow)
+        : words_(words), slow_(slow) {
         for (const std::string &word : words_)
             arguments_.push_back(const_cast<char *>(word.c_str()));
         arguments_.push_back(nullptr);
         settings_ = {"PATH=" + std::string(std::getenv("PATH")),
                      "LD_PRELOAD=" SLEEP_STAND_IN ":" FAULTY_MEMORY,
                      FAULTY_MEMORY_RECORD "=" + std::string(kMemoryRecord)};
-        if (watched)
+        if (slow)
             settings_.emplace_back(FAULTY_MEMORY_STEADY "=1");
         if (disturbance.trouble == Trouble::allocation) {
             settings_.push_back(FAULTY_MEMORY_AT "=" + std::to_string(disturbance.at));
@@ -60,7 +61,7 @@ class CommandLine {
     [[noreturn]] void become() const {
         for (const int number : {SIGINT, SIGQUIT, SIGPIPE})
             signal(number, SIG_DFL);
-        if (!watched_)
+        if (!slow_)
             setrlimit(RLIMIT_CPU, &kMostSeconds);
         const int nowhere = open("/dev/null", O_RDWR);
         for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
@@ -72,7 +73,7 @@ class CommandLine {
 
   private:
     std::vector<std::string> words_;
-    const bool watched_;
+    const bool slow_;
     std::vector<std::string> settings_;
     std::vector<char *> arguments_;
     std::vector<char *> environment_;
@@ -133,7 +134,7 @@ void read_memory_record(RunResult &result) {
 }  // namespace
 
 RunResult run_disturbed(const std::vector<std::string> &words, const Disturbance &disturbance,
-                        bool watched) {
+                        bool slow) {
     static const bool adopts = [] {
         prctl(PR_SET_CHILD_SUBREAPER, 1);
         world::write_file(world::kSleepLimit, kMostSleeps);
@@ -142,7 +143,7 @@ RunResult run_disturbed(const std::vector<std::string> &words, const Disturbance
     (void)adopts;
     const bool is_traced = disturbance.trouble != Trouble::allocation;
     unlink(kMemoryRecord);
-    const CommandLine command(words, disturbance, watched);
+    const CommandLine command(words, disturbance, slow);
     const pid_t process = fork();
     if (process == 0) {
         setpgid(0, 0);
@@ -150,8 +151,10 @@ RunResult run_disturbed(const std::vector<std::string> &words, const Disturbance
             be_traced();
         command.become();
     }
+    if (process < 0)
+        throw std::system_error(errno, std::generic_category(), "fork");
     setpgid(process, process);
-    Deadline deadline(process, watched ? kLongestWatchedRun : kLongestRun);
+    Deadline deadline(process, slow ? kLongestSlowRun : kLongestRun);
     RunResult result;
     if (is_traced)
         trace(process, disturbance, result);

@@ -29,9 +29,8 @@ struct RunResult {
 };
 
 // Starts a program, called kdump, in the working directory and waits until it and all it started
-// have ended. One that takes far too long is ended; `watched` tells that a memory checker makes it
-// slow.
+// have ended. One that takes far too long is ended; a slow one may take its time.
 RunResult run_disturbed(const std::vector<std::string> &command, const Disturbance &disturbance,
-                        bool watched);
+                        bool slow);
 
 }  // namespace reliability

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -44,7 +45,9 @@ bool is_chosen(const SweepOptions &options, const Kind &kind) {
 
 // In a process of its own; the tallies go to `report`.
 int work(const SweepOptions &options, unsigned worker, int report) {
-    world::enter();
+    world::Options world;
+    world.keep = {std::filesystem::path(options.program).parent_path().string()};
+    world::enter(world);
     try {
         Rig rig(command_of(options));
         Sweep sweep(options, worker, rig);
@@ -163,6 +166,7 @@ int main(int argc, char **argv) {
     app.add_option("--program", options.program, "another kdump");
     app.add_option("--workers", options.workers, "how many at a time")->check(CLI::Range(1, 64));
     CLI11_PARSE(app, argc, argv);
+    options.program = std::filesystem::absolute(options.program).string();
     if (!options.only.empty())
         options.workers = 1;
     return reliability::run(options);

@@ -7,6 +7,14 @@
 namespace reliability {
 namespace {
 
+constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::seconds kPatienceWithSlowRuns{60};
+
+// A memory checker takes its time, and so does it to note where allocations are made.
+bool is_slow(const Disturbance &disturbance) {
+    return disturbance.trouble == Trouble::allocation && disturbance.at == 0;
+}
+
 Files make_device() {
     world::add_host(CLOUD_TFA_HOST);
     world::add_host("uploads.example.com");
@@ -30,7 +38,9 @@ Observation Rig::run(const Kind &kind, const Disturbance &disturbance, const Fil
     observed.before = files;
     std::vector<std::string> words = command_;
     words.insert(words.end(), kind.words.begin(), kind.words.end());
-    observed.run = run_disturbed(words, disturbance, /*watched=*/command_.size() > 1);
+    const bool slow = is_watched() || is_slow(disturbance);
+    depot_.set_patience(slow ? kPatienceWithSlowRuns : kPatience);
+    observed.run = run_disturbed(words, disturbance, slow);
     observed.uploads = depot_.take_uploads();
     observed.console = console_.text();
     console_.clear();

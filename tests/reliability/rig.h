@@ -19,6 +19,8 @@ class Rig {
     Observation run(const Kind &kind, const Disturbance &disturbance, const Files &files);
 
   private:
+    bool is_watched() const { return command_.size() > 1; }
+
     const std::vector<std::string> command_;
     Files present_;
     world::Console console_;
