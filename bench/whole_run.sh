@@ -36,8 +36,8 @@ for name in "${rival_names[@]}"; do
     read -ra command <<<"${rival_commands[$name]}"
     timed+=(--command-name "$name" "${rival_commands[$name]}")
     rm -f "$results/whole_run.$name".*
-    # How often a program must wait, and asks for that, varies a little.
-    for _ in 1 2 3 4 5; do
+    # How often a program must wait, and so what it calls, varies a little.
+    for _ in {1..15}; do
         upload_under "$build/device/bench/measure" "$results/whole_run.$name.usage" "${command[@]}"
         upload_under strace -f -c -U calls,name -o /tmp/calls "${command[@]}"
         awk '$2 == "total" { print $1 }' /tmp/calls >>"$results/whole_run.$name.calls"
