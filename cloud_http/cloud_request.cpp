@@ -1,31 +1,11 @@
 #include "cloud_http/cloud_request.h"
 
-#include <openssl/crypto.h>
-
 #include "cloud_http/curl_http.h"
 #include "cloud_http/proxy.h"
 #include "log/log.h"
 #include "support/fixed_text.h"
 
-namespace {
-
-// Memory that runs out while OpenSSL starts leaves it without what its first use takes for granted.
-bool openssl_has_started() noexcept {
-#if OPENSSL_VERSION_NUMBER >= 0x30000000L
-    return OSSL_LIB_CTX_get0_global_default() != nullptr;
-#else
-    return true;
-#endif
-}
-
-}  // namespace
-
-CloudRequest::CloudRequest(const char *url) noexcept : transfer_(url) {
-    transfer_.set_no_session_cache();
-    if (!openssl_has_started()) {
-        transfer_.miss_memory();
-    }
-}
+CloudRequest::CloudRequest(const char *url) noexcept : transfer_(url) { transfer_.prepare_tls(); }
 
 void CloudRequest::use_client_certificate() noexcept {
     transfer_.set_text(CURLOPT_SSLCERT, "CRT");

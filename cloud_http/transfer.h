@@ -2,6 +2,8 @@
 #ifndef CLOUDAGENT_CLOUD_HTTP_TRANSFER_H
 #define CLOUDAGENT_CLOUD_HTTP_TRANSFER_H
 
+#include <openssl/crypto.h>
+
 #include "cloud_http/reply_text.h"
 #include "support/owned_curl.h"
 
@@ -26,8 +28,13 @@ class Transfer {
     void set_pointer(CURLoption option, void *value) noexcept { set(option, value); }
 
     // A TLS session cache saves nothing when a handle is used once, and without memory it fails
-    // badly.
-    void set_no_session_cache() noexcept { set_long(CURLOPT_SSL_SESSIONID_CACHE, 0); }
+    // badly. So does an OpenSSL that found no memory when it started: it is not used then.
+    void prepare_tls() noexcept {
+        set_long(CURLOPT_SSL_SESSIONID_CACHE, 0);
+#if OPENSSL_VERSION_NUMBER >= 0x30000000L
+        lacks_memory_ |= OSSL_LIB_CTX_get0_global_default() == nullptr;
+#endif
+    }
 
     void collect_reply(ReplyText &reply) noexcept {
         set(CURLOPT_WRITEFUNCTION, &http_reply_write);

@@ -21,7 +21,7 @@ void set_options(Transfer &transfer, bool over_tls, char *error_text) noexcept {
         transfer.set_long(CURLOPT_USE_SSL, CURLUSESSL_ALL);
         transfer.set_long(CURLOPT_SSL_VERIFYPEER, 1);
         transfer.set_text(CURLOPT_CAPATH, "/etc/ssl/certs/");
-        transfer.set_no_session_cache();
+        transfer.prepare_tls();
     }
 }
 
