@@ -116,6 +116,17 @@ TEST_F(OwnCopy, OfAnEarlierRunIsReplaced) {
     EXPECT_EQ(stored(device.outcome()), world::seeded_files().at(kConfig + "segmentrace.txt"));
 }
 
+// The upload announces the folder's size and has nothing to send.
+TEST_F(OwnCopy, WaitsWhereAFolderIs) {
+    ASSERT_EQ(mkdir("/tmp/cloud_ram_dbg.txt", 0755), 0);
+    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
+    device.run("timeout --signal=KILL 2 kdump RAM");
+    EXPECT_NE(device.outcome().commands.front().exit_status, 0);
+    const std::string dump = world::seeded_files().at("/tmp/cloud_dbg.txt");
+    EXPECT_EQ(world::read_file("/tmp/cloud_dbg.txt"), dump);
+    EXPECT_EQ(world::read_file("/tmp/cloud_ram_dbg.txt/cloud_dbg.txt"), dump);
+}
+
 // Only a name in /tmp itself is cleared, never a place that the name's slashes lead to.
 TEST_F(OwnCopy, IsNotClearedOutsideOfTmp) {
     world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
