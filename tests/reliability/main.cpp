@@ -28,6 +28,7 @@ const std::vector<std::string> kMemoryChecker = {VALGRIND,
                                                  "--leak-check=full",
                                                  "--show-leak-kinds=definite,indirect",
                                                  "--errors-for-leak-kinds=definite,indirect",
+                                                 "--suppressions=" LIBRARY_LEAKS,
                                                  "--child-silent-after-fork=yes",
                                                  "--log-file=" CHECKER_REPORT};
 
