@@ -1,5 +1,5 @@
 # The checks of script/lint that understand code. Each fails when it found something.
-# shellcheck shell=bash disable=SC2154  # rooms is script/lint's
+# shellcheck shell=bash disable=SC2154  # rooms is common.sh's
 
 # The rooms that each room may include; all may include their own, config/ and support/.
 declare -A may_include=(
