@@ -3,14 +3,17 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "files.h"
 #include "runners.h"
 
 namespace {
 
-const std::string kConfig = "/mnt/data/iss_config/";
-const std::string kSettings = kConfig + "current_config/";
+using reliability::Dump;
+using reliability::Kind;
+
+const std::string kSettings = "/mnt/data/iss_config/current_config/";
 
 std::size_t count_of(const std::string &text, const std::string &piece) {
     std::size_t count = 0;
@@ -19,15 +22,15 @@ std::size_t count_of(const std::string &text, const std::string &piece) {
     return count;
 }
 
-std::string content_of(const std::string &dump) { return "the dump " + dump; }
+std::string content_of(const Dump &dump) { return "the dump " + dump.source; }
 
 void lay_out(const Contest &contest) {
     unlink(contest.marker.c_str());
     world::write_file(kSettings + "cloud_debug", "1");
     world::write_file(kSettings + "network.conf", "a setting");
-    for (const Runner &runner : contest.runners)
-        for (const std::string &dump : runner.dumps)
-            world::write_file(dump, content_of(dump));
+    for (const Kind &kind : contest.kinds)
+        for (const Dump &dump : kind.dumps)
+            world::write_file(dump.source, content_of(dump));
 }
 
 std::vector<std::vector<std::string>> commands(const Contest &contest, std::size_t runs,
@@ -35,8 +38,8 @@ std::vector<std::vector<std::string>> commands(const Contest &contest, std::size
     std::vector<std::vector<std::string>> all;
     for (std::size_t i = 0; i < runs; ++i) {
         std::vector<std::string> command = {kdump};
-        const auto &arguments = contest.runners[i % contest.runners.size()].arguments;
-        command.insert(command.end(), arguments.begin(), arguments.end());
+        const auto &words = contest.kinds[i % contest.kinds.size()].words;
+        command.insert(command.end(), words.begin(), words.end());
         all.push_back(command);
     }
     return all;
@@ -48,54 +51,61 @@ std::string told(const std::string &what, std::size_t is, std::size_t should) {
                : what + ": " + std::to_string(is) + ", not " + std::to_string(should) + "; ";
 }
 
-// Whether uploads and files are what this runner leaves when it got through alone.
-bool is_winner(const Contest &contest, const Runner &runner, HeldCloud &cloud) {
+const Kind &kind_named(const std::string &name) {
+    const std::vector<Kind> &kinds = reliability::kinds();
+    const auto found = std::find_if(kinds.begin(), kinds.end(),
+                                    [&](const Kind &kind) { return kind.name == name; });
+    if (found == kinds.end())
+        throw std::invalid_argument("there is no kind " + name);
+    return *found;
+}
+
+// Of kinds that share a marker.
+Contest contest_of(const std::vector<std::string> &names) {
+    Contest contest;
+    for (const std::string &name : names) {
+        const Kind &kind = kind_named(name);
+        contest.name += (contest.name.empty() ? "" : " against ") + name;
+        contest.marker = kind.marker;
+        contest.kinds.push_back(kind);
+    }
+    return contest;
+}
+
+// Whether uploads and files are what this kind leaves when it got through alone.
+bool is_winner(const Contest &contest, const Kind &winner, HeldCloud &cloud) {
     const std::vector<std::string> uploads = cloud.uploads();
-    if (runner.sends_nothing)
-        return uploads.empty() && cloud.requests_for_urls() == 1;
-    if (runner.sends_archive)
+    if (winner.sends_archive)
         return uploads.size() == 1 && uploads[0].find("a setting") != std::string::npos &&
                world::exists(kSettings + "network.conf");
+    if (winner.dumps.empty())  // a URL is asked for, and no more
+        return uploads.empty() && cloud.requests_for_urls() == 1;
     std::vector<std::string> sent;
-    for (const std::string &dump : runner.dumps)
+    for (const Dump &dump : winner.dumps)
         sent.push_back(content_of(dump));
-    for (const Runner &other : contest.runners) {
-        for (const std::string &dump : other.dumps) {
-            const bool mine = std::count(runner.dumps.begin(), runner.dumps.end(), dump) != 0;
-            if (mine == world::exists(dump))
+    for (const Kind &kind : contest.kinds)
+        for (const Dump &dump : kind.dumps)
+            if (world::exists(dump.source) == (&kind == &winner))
                 return false;
-        }
-    }
     return uploads == sent && cloud.requests_for_urls() == sent.size();
 }
 
 }  // namespace
 
 const std::vector<Contest> &contests() {
-    static const std::string prefix = "/tmp/kdump_process_";
-    static const Runner ram = {{"RAM"}, {"/tmp/cloud_dbg.txt"}};
-    static const Runner flash = {{"FLASH"}, {kSettings + "cloud_dbg.txt"}};
-    static const Runner all = {{"CONFIG", "ALL"}, {}, true};
-    static const Runner named = {{"CONFIG", "network.conf"}, {}, false, true};
     static const std::vector<Contest> rows = {
-        {"segmentrace", prefix + "segmentrace", {{{"segmentrace"}, {kConfig + "segmentrace.txt"}}}},
-        {"dblock",
-         prefix + "dblocktrace",
-         {{{"dblock"}, {kConfig + "dblock.txt", kConfig + "dblock_backup.txt"}}}},
-        {"upgradefailstate",
-         prefix + "upgradefail_state",
-         {{{"upgradefailstate"}, {"/tmp/upgrade_fail_state_upload.txt"}}}},
-        {"connfaillog",
-         prefix + "conn_fail_log",
-         {{{"connfaillog"}, {kConfig + "cloud_conn_fail_log.txt"}}}},
-        {"debugRamLog", prefix + "debug_info", {{{"debugRamLog"}, {"/tmp/debug_info.txt"}}}},
-        {"watchdog", prefix + "watchdog", {{{"watchdog"}, {kSettings + "cloud_watchdog.log"}}}},
-        {"RAM", prefix + "dbg_upload", {ram}},
-        {"FLASH", prefix + "dbg_upload", {flash}},
-        {"CONFIG ALL", prefix + "all_config", {all}},
-        {"CONFIG network.conf", prefix + "all_config", {named}},
-        {"RAM against FLASH", prefix + "dbg_upload", {ram, flash}},
-        {"CONFIG ALL against CONFIG network.conf", prefix + "all_config", {all, named}},
+        contest_of({"segmentrace"}),
+        contest_of({"dblock"}),
+        contest_of({"upgradefailstate"}),
+        contest_of({"connfaillog"}),
+        contest_of({"debugRamLog"}),
+        contest_of({"watchdog"}),
+        contest_of({"RAM"}),
+        contest_of({"FLASH"}),
+        contest_of({"CONFIG ALL"}),
+        contest_of({"CONFIG network.conf"}),
+        contest_of({"RAM", "FLASH"}),
+        contest_of({"CONFIG ALL", "CONFIG network.conf"}),
     };
     return rows;
 }
@@ -118,8 +128,8 @@ std::string play(const Contest &contest, std::size_t runs, const std::string &kd
     wrong += told("lines of refused runs", count_of(text, " already processing, exit\n"), runs - 1);
     wrong += told("markers left", world::exists(contest.marker) ? 1 : 0, 0);
     const bool clean =
-        std::any_of(contest.runners.begin(), contest.runners.end(),
-                    [&](const Runner &runner) { return is_winner(contest, runner, cloud); });
+        std::any_of(contest.kinds.begin(), contest.kinds.end(),
+                    [&](const Kind &kind) { return is_winner(contest, kind, cloud); });
     if (!clean)
         wrong += "uploads and files are not those of one run; ";
     return wrong;

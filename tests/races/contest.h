@@ -6,19 +6,12 @@
 
 #include "console.h"
 #include "held_cloud.h"
-
-// What one run is started with, and what it sends when it gets through.
-struct Runner {
-    std::vector<std::string> arguments;
-    std::vector<std::string> dumps;  // removed when they have been sent
-    bool sends_archive = false;      // of a folder that stays
-    bool sends_nothing = false;      // asks for a URL, and no more
-};
+#include "tests/reliability/kinds.h"
 
 struct Contest {
     std::string name;
     std::string marker;
-    std::vector<Runner> runners;  // take turns when there are more runs than runners
+    std::vector<reliability::Kind> kinds;  // take turns
 };
 
 const std::vector<Contest> &contests();
