@@ -20,23 +20,6 @@ namespace {
 constexpr size_t kLongestHead = 256 * 1024;
 constexpr size_t kPiece = 64 * 1024;
 
-int listen_on(const std::string &address, uint16_t port) {
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int on = 1;
-    setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    // As real clouds do, and for its connections too: a short reply waits for no acknowledgement.
-    setsockopt(listener, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    struct sockaddr_in place = {};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(port);
-    inet_pton(AF_INET, address.c_str(), &place.sin_addr);
-    if (listener < 0 || bind(listener, reinterpret_cast<sockaddr *>(&place), sizeof place) != 0 ||
-        listen(listener, SOMAXCONN) != 0)
-        throw std::system_error(errno, std::generic_category(),
-                                "listen on " + address + ":" + std::to_string(port));
-    return listener;
-}
-
 // A peer that has gone must not end the program: this thread never takes SIGPIPE.
 void ignore_broken_pipes() {
     sigset_t pipes;
@@ -140,6 +123,22 @@ void send_reply(Stream &stream, const Request &request, const Reply &reply) {
 }
 
 }  // namespace
+
+int listen_on(const std::string &address, uint16_t port) {
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int on = 1;
+    setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    setsockopt(listener, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    struct sockaddr_in place = {};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(port);
+    inet_pton(AF_INET, address.c_str(), &place.sin_addr);
+    if (listener < 0 || bind(listener, reinterpret_cast<sockaddr *>(&place), sizeof place) != 0 ||
+        listen(listener, SOMAXCONN) != 0)
+        throw std::system_error(errno, std::generic_category(),
+                                "listen on " + address + ":" + std::to_string(port));
+    return listener;
+}
 
 HttpServer::HttpServer(const std::string &address, uint16_t port, HttpHandler &handler,
                        SslContext context)

@@ -43,6 +43,10 @@ class HttpHandler {
     virtual void broken_off(Request &request) { (void)request; }
 };
 
+// A socket that listens on address:port. What its connections send goes out at once, as with real
+// clouds: a short reply waits for no acknowledgement. Throws std::system_error.
+int listen_on(const std::string &address, uint16_t port);
+
 class HttpServer {
   public:
     // Listens on address:port; with a context it speaks TLS. Throws std::system_error.

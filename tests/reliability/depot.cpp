@@ -1,8 +1,5 @@
 #include "depot.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -13,9 +10,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <system_error>
 
 #include "config/deployment.h"
+#include "http_server.h"
 #include "stream.h"
 
 namespace reliability {
@@ -23,24 +20,11 @@ namespace {
 
 using nlohmann::json;
 
+constexpr const char *kLoopback = "127.0.0.1";
 constexpr const char *kStoreHost = "uploads.example.com";
 constexpr const char *kProxySettings =
     R"({"restful_res":{"CloudProxySettings":)"
     R"({"enable":false,"proxyServer":"none","proxyServerPort":0}}})";
-
-int listen_on(uint16_t port) {
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int on = 1;
-    setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    struct sockaddr_in place = {};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(port);
-    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (listener < 0 || bind(listener, reinterpret_cast<sockaddr *>(&place), sizeof place) != 0 ||
-        listen(listener, SOMAXCONN) != 0)
-        throw std::system_error(errno, std::generic_category(), "listen");
-    return listener;
-}
 
 // Reads the head and as much of the body as it announces; false when the client leaves before.
 bool read_request(world::Stream &stream, world::Request &request) {
@@ -74,7 +58,7 @@ bool read_request(world::Stream &stream, world::Request &request) {
 Depot::Depot()
     : context_(world::server_context(world::authority().issue_server({CLOUD_TFA_HOST, kStoreHost}),
                                      world::authority(), /*demand_client_certificate=*/true)),
-      listeners_{listen_on(443), listen_on(8000)} {
+      listeners_{world::listen_on(kLoopback, 443), world::listen_on(kLoopback, 8000)} {
     std::signal(SIGPIPE, SIG_IGN);
     world::Stream::prepare(context_.get());
     acceptors_[0] = std::thread(&Depot::accept_all, this, listeners_[0], context_.get());
@@ -112,8 +96,6 @@ void Depot::accept_all(int listener, SSL_CTX *context) {
 }
 
 void Depot::serve(int descriptor, SSL_CTX *context) {
-    const int on = 1;
-    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     const struct timeval patience = {patience_.load().count(), 0};
     setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     exchange(descriptor, context);

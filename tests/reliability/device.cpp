@@ -1,9 +1,7 @@
 #include "device.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 
 #include "device_files.h"
 #include "files.h"
@@ -35,16 +33,6 @@ Files fresh_device(const Kind &kind) {
     return files;
 }
 
-std::string content_of(const std::string &path) {
-    std::string content;
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"),
-                                                                std::fclose);
-    char piece[32768];
-    for (size_t got = 0; file && (got = std::fread(piece, 1, sizeof piece, file.get())) > 0;)
-        content.append(piece, got);
-    return content;
-}
-
 }  // namespace
 
 const Files &fresh_files(const Kind &kind) {
@@ -57,7 +45,7 @@ Files look() {
     Files files;
     for (const char *folder : kFolders)
         for (const std::string &path : world::list_files(folder))
-            files[path] = content_of(path);
+            files[path] = world::read_file_if_any(path);
     return files;
 }
 

@@ -70,15 +70,8 @@ int work(const SweepOptions &options, unsigned worker, int report) {
 
 void add(const std::string &text, Tallies &tallies) {
     const json report = json::parse(text);
-    for (const auto &[kind, numbers] : report.items()) {
-        Tally &tally = tallies[kind];
-        tally.faults += numbers[0].get<long>();
-        tally.runs += numbers[1].get<long>();
-        tally.lost += numbers[2].get<long>();
-        tally.violations += numbers[3].get<long>();
-        for (const auto &[name, count] : numbers[4].items())
-            tally.exceptions[name] += count.get<long>();
-    }
+    for (const auto &[kind, numbers] : report.items())
+        tallies[kind] += {numbers[0], numbers[1], numbers[2], numbers[3], numbers[4]};
 }
 
 std::string read_all(int descriptor) {
@@ -137,12 +130,7 @@ int run(const SweepOptions &options) {
             continue;
         const Tally &tally = tallies[kind.name];
         print(kind.name, tally);
-        total.faults += tally.faults;
-        total.runs += tally.runs;
-        total.lost += tally.lost;
-        total.violations += tally.violations;
-        for (const auto &[name, count] : tally.exceptions)
-            total.exceptions[name] += count;
+        total += tally;
     }
     print(options.name, total);
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;

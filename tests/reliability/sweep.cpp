@@ -22,6 +22,16 @@ constexpr const char *kChosen[] = {"segmentrace", "RAM -f"};
 
 }  // namespace
 
+Tally &Tally::operator+=(const Tally &other) {
+    faults += other.faults;
+    runs += other.runs;
+    lost += other.lost;
+    violations += other.violations;
+    for (const auto &[name, count] : other.exceptions)
+        exceptions[name] += count;
+    return *this;
+}
+
 Tally Sweep::over(const Kind &kind) {
     kind_ = &kind;
     tally_ = {};

@@ -28,6 +28,8 @@ struct Tally {
     long lost = 0;
     long violations = 0;
     std::map<std::string, long> exceptions;
+
+    Tally &operator+=(const Tally &other);
 };
 
 // What one worker does: of the places numbered one after the other, those that are its.
