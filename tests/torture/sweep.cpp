@@ -14,6 +14,7 @@
 
 #include "files.h"
 #include "log/log.h"
+#include "tests/support/descriptors.h"
 #include "worker.h"
 
 namespace {
@@ -39,7 +40,7 @@ std::string call(const Operation &operation, Form form, failing_memory::Mode mod
                  std::size_t point) {
     operation.prepare();
     empty_streams();
-    const int opened = open_descriptors();
+    const long opened = open_descriptors();
     g_console_debug = 1;
     if (point == 0)
         failing_memory::watch_askers(g_report->of_openssl, kMostAllocations);

@@ -24,7 +24,6 @@ namespace {
 
 constexpr const char *kConsole = "/dev/console";
 constexpr const char *kOutput = "/run/world/torture/output";
-constexpr int kMostDescriptors = 256;
 constexpr int kMostFrames = 48;
 
 int g_console;
@@ -107,13 +106,6 @@ void empty_streams() {
     std::fflush(stdout);
     if (ftruncate(STDOUT_FILENO, 0) != 0 || ftruncate(STDERR_FILENO, 0) != 0)
         std::abort();
-}
-
-int open_descriptors() {
-    int count = 0;
-    for (int i = 0; i < kMostDescriptors; ++i)
-        count += fcntl(i, F_GETFD) != -1;
-    return count;
 }
 
 std::string console_text() {

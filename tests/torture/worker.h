@@ -32,5 +32,3 @@ void empty_streams();
 
 // From now on signals and endless waits are told.
 void watch_faults();
-
-int open_descriptors();
