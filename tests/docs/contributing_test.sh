@@ -49,33 +49,37 @@ compile() {
 insert 1 'constexpr DumpFile crashdump' kdump/dump_kinds.cpp 'constexpr DumpFile flash_log_plain'
 insert 2 '{"crashdump"' kdump/dump_kinds.cpp '{"CONFIG", nullptr'
 compile kdump/dump_kinds.cpp
+insert 3 'staged("crashdump"' tests/reliability/kinds.cpp 'configuration(""),'
+compile tests/reliability/kinds.cpp
+insert 4 'contest_of(' tests/races/contest.cpp 'contest_of({"CONFIG ALL", "CONFIG network.conf"})'
+compile tests/races/contest.cpp
 
-insert 3 '/* Report interval' state/state_files.h 'api_checkin_interval_set('
-insert 4 '#define REPORT_INTERVAL' state/state_files.cpp '#define CHECKIN_INTERVAL'
-insert 5 'NUMBER_GETTER(' state/state_files.cpp 'NUMBER_SETTER(api_checkin_interval_set'
+insert 5 '/* Report interval' state/state_files.h 'api_checkin_interval_set('
+insert 6 '#define REPORT_INTERVAL' state/state_files.cpp '#define CHECKIN_INTERVAL'
+insert 7 'NUMBER_GETTER(' state/state_files.cpp 'NUMBER_SETTER(api_checkin_interval_set'
 compile state/state_files.cpp
-insert 6 '{"api_report_interval_get"' tests/state/accessors.cpp 'vector<NumberGetter> rows = {'
-insert 7 '{"api_report_interval_set"' tests/state/accessors.cpp 'vector<NumberSetter> rows = {'
+insert 8 '{"api_report_interval_get"' tests/state/accessors.cpp 'vector<NumberGetter> rows = {'
+insert 9 '{"api_report_interval_set"' tests/state/accessors.cpp 'vector<NumberSetter> rows = {'
 compile tests/state/accessors.cpp
-insert 8 'ROW(' tests/torture/state_operations.cpp 'ROW(number_setter, api_checkin_interval_set'
+insert 10 'ROW(' tests/torture/state_operations.cpp 'ROW(number_setter, api_checkin_interval_set'
 compile tests/torture/state_operations.cpp
-insert 9 'FUNCTION(' tests/c_api_test.c '/* state/state_files.h */'
+insert 11 'FUNCTION(' tests/c_api_test.c '/* state/state_files.h */'
 compile tests/c_api_test.c
 
-cp "$pieces/10" "$copy/device/temperature.h"
-cp "$pieces/11" "$copy/device/temperature.cpp"
-cp "$pieces/13" "$copy/tests/device/temperature_test.cpp"
+cp "$pieces/12" "$copy/device/temperature.h"
+cp "$pieces/13" "$copy/device/temperature.cpp"
+cp "$pieces/15" "$copy/tests/device/temperature_test.cpp"
 compile device/temperature.cpp
 compile tests/device/temperature_test.cpp
-insert 12 'resources_[' virtual_device/local_service.cpp 'resources_[kProxy] = '
+insert 14 'resources_[' virtual_device/local_service.cpp 'resources_[kProxy] = '
 compile virtual_device/local_service.cpp
-insert 14 '{"/api/system/temperature"' tests/torture/peers.cpp 'kResources = {'
+insert 16 '{"/api/system/temperature"' tests/torture/peers.cpp 'kResources = {'
 compile tests/torture/peers.cpp
-insert 15 '{"sn_get_temperature"' tests/torture/device_operations.cpp '{"1, figures", "0, untouched"}},'
+insert 17 '{"sn_get_temperature"' tests/torture/device_operations.cpp '{"1, figures", "0, untouched"}},'
 sed -i '1i #include "device/temperature.h"' "$copy/tests/torture/device_operations.cpp"
 compile tests/torture/device_operations.cpp
 
-cp "$pieces/16" "$copy/scenario.json"
+cp "$pieces/18" "$copy/scenario.json"
 (cd "$copy" && "$virtual_device" run --scenario "$copy/scenario.json") >"$copy/story" 2>&1 || true
 grep -q '503' "$copy/story" || die "the scenario does not run: $(<"$copy/story")"
 say 'ok: the scenario'
