@@ -5,8 +5,6 @@
 #include "log/log.h"
 #include "support/fixed_text.h"
 
-CloudRequest::CloudRequest(const char *url) noexcept : transfer_(url) { transfer_.prepare_tls(); }
-
 void CloudRequest::use_client_certificate() noexcept {
     transfer_.set_text(CURLOPT_SSLCERT, "CRT");
     transfer_.set_text(CURLOPT_SSLKEY, "KEY");
@@ -41,6 +39,7 @@ void CloudRequest::use_device_proxy(const char *function, int site) noexcept {
 }
 
 CURLcode CloudRequest::perform(long *status) noexcept {
+    transfer_.prepare_tls();
     const CURLcode result = transfer_.perform();
     curl_post_transfer_hook(transfer_.handle());
     *status = transfer_.status();

@@ -9,7 +9,7 @@
 // own options go between them.
 class CloudRequest {
   public:
-    explicit CloudRequest(const char *url) noexcept;
+    explicit CloudRequest(const char *url) noexcept : transfer_(url) {}
 
     Transfer &transfer() noexcept { return transfer_; }
 

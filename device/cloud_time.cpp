@@ -21,7 +21,6 @@ void set_options(Transfer &transfer, bool over_tls, char *error_text) noexcept {
         transfer.set_long(CURLOPT_USE_SSL, CURLUSESSL_ALL);
         transfer.set_long(CURLOPT_SSL_VERIFYPEER, 1);
         transfer.set_text(CURLOPT_CAPATH, "/etc/ssl/certs/");
-        transfer.prepare_tls();
     }
 }
 
@@ -34,10 +33,14 @@ bool ask_cloud(bool over_tls, ReplyText &reply) noexcept {
     transfer.collect_reply(reply);
     transfer.set_long(CURLOPT_TIMEOUT, 20);
     transfer.set_long(CURLOPT_CONNECTTIMEOUT, 10);
+    if (over_tls) {
+        transfer.prepare_tls();
+    }
     const CURLcode result = transfer.perform();
     curl_post_transfer_hook(transfer.handle());
     const long status = transfer.status();
     curl_info_dump(transfer.handle());
+    transfer.clean_up();
     if (result != CURLE_OK || status != kHttpOk) {
         cloud_log("curl error (%d) %s\n", static_cast<int>(result), error_text);
         return false;

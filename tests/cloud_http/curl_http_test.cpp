@@ -48,6 +48,8 @@ INSTANTIATE_TEST_SUITE_P(
              "GET", "", ""},
         Call{"OnlyGetInCapitalsIsGet",
              [](char **out) { return curl_http("get", kUrl, out, "body"); }, "get", "body", "4"},
+        Call{"AMethodThatBeginsWithGetIsNotGet",
+             [](char **out) { return curl_http("GETX", kUrl, out, "body"); }, "GETX", "body", "4"},
         Call{"AnyMethod", [](char **out) { return curl_http("PUT", kUrl, out, "p"); }, "PUT", "p",
              "1"},
         Call{"EmptyPost", [](char **out) { return http_post(kUrl, "", out); }, "POST", "", "0"}),

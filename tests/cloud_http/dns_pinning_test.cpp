@@ -33,8 +33,7 @@ class DnsPinningTest : public UploadTest {
     // What happens between the URL and the method, where the name servers have their place.
     static std::string pinning() {
         const std::string all = whole_trace();
-        const std::string before = "1 SSL_SESSIONID_CACHE 0\n";
-        const size_t begin = all.find(before) + before.size();
+        const size_t begin = all.find('\n', all.find("1 URL ")) + 1;
         const size_t end = all.find("1 CUSTOMREQUEST");
         EXPECT_EQ(count_of(all.substr(end), " DNS_"), 0);
         return all.substr(begin, end - begin);
@@ -115,9 +114,11 @@ TEST_F(DnsPinningTest, HasNoPartInUploads) {
 
 TEST_F(DnsPinningTest, SetsTheResolverUpAnewAfterAnUnknownHost) {
     ask_at("http://nowhere.test/");
-    EXPECT_THAT(whole_trace(),
-                testing::EndsWith("list free \"Content-Type: application/json\"\nresolver init\n" +
-                                  std::string(kUnresolved)));
+    for (int attempt = 0; attempt < 3; ++attempt)
+        EXPECT_THAT(
+            whole_trace(),
+            testing::EndsWith("list free \"Content-Type: application/json\"\nresolver init\n" +
+                              std::string(kUnresolved)));
 }
 
 TEST_F(DnsPinningTest, LeavesTheResolverAloneWhenPinned) {

@@ -75,7 +75,6 @@ log "\ncurl_http 1318 : method DELETE fail error 7\n\n"
 TEST_F(OptionsTest, OfAnUploadUrlRequest) {
     EXPECT_EQ(trace_of([] { api_TFA_post_data("{\"filename\": \"a\"}"); }), R"(handle 1
 1 URL "http://127.0.0.1:8080/kdumps"
-1 SSL_SESSIONID_CACHE 0
 1 CUSTOMREQUEST "POST"
 1 SSLCERT "CRT"
 1 SSLKEY "KEY"
@@ -99,6 +98,7 @@ handle 2
 2 cleanup
 log "\n\nc_cloud_proxy_get 27\n\n\n"
 log "\n\nc_cloud_proxy_get 32 proxy_string ""\n\n\n"
+1 SSL_SESSIONID_CACHE 0
 1 perform into {2, null, 0}
 1 hook
 1 status
@@ -113,7 +113,6 @@ TEST_F(OptionsTest, OfAnUpload) {
 log "api_TFA_post_FILE 394 filename /tmp/dump.bin uploadUrl http://127.0.0.1:8080/put file size 5 flag 0\n"
 handle 1
 1 URL "http://127.0.0.1:8080/put"
-1 SSL_SESSIONID_CACHE 0
 1 CUSTOMREQUEST "PUT"
 1 UPLOAD 1
 1 READDATA file /tmp/dump.bin
@@ -140,6 +139,7 @@ handle 2
 2 cleanup
 log "\n\nc_cloud_proxy_get 27\n\n\n"
 log "\n\nc_cloud_proxy_get 32 proxy_string ""\n\n\n"
+1 SSL_SESSIONID_CACHE 0
 1 perform into {2, null, 0}
 1 hook
 1 status
@@ -162,6 +162,7 @@ log "\n)" + site +
 1 PROXY "127.0.0.1:9"
 1 PROXY_SSL_VERIFYPEER 0
 1 HTTPPROXYTUNNEL 1
+1 SSL_SESSIONID_CACHE 0
 1 perform into {2, null, 0}
 )";
 }
