@@ -17,12 +17,13 @@ int g_http_initialised = 0;
 namespace {
 
 // An exclusive creation, so that of two runs started at the same instant only one goes on. It does
-// not follow a symlink that waits at the marker's place: that counts as a marker.
+// not follow a symlink that waits at the marker's place: that counts as a marker. The umask decides
+// about its mode, as for any new file.
 bool marker_exists(const char *marker) noexcept {
     if (marker == nullptr) {
         return false;
     }
-    const OwnedDescriptor created(open(marker, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+    const OwnedDescriptor created(open(marker, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     return created.get() < 0 && errno == EEXIST;
 }
 

@@ -80,12 +80,12 @@ class JobGuard : public LoggedTest {
 };
 
 TEST_F(JobGuard, LeavesAnEmptyMarker) {
-    const mode_t mask = umask(0);
+    const mode_t mask = umask(027);
     EXPECT_EQ(start_processing(kMarker), 0u);
     umask(mask);
     struct stat status;
     ASSERT_EQ(lstat(kMarker, &status), 0);
-    EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFREG | 0644));
+    EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFREG | 0640));
     EXPECT_EQ(status.st_size, 0);
     EXPECT_EQ(world::list_files("/tmp"), std::vector<std::string>{kMarker});
 }
