@@ -14,17 +14,12 @@ inline const std::string kLogFile = "/tmp/agent.log";
 class LogTest : public LoggedTest {
   protected:
     LogTest() {
-        set_zone("UTC0");
+        setenv("TZ", "UTC0", 1);
         test_clock::now = 1794812271;
         test_clock::calls = 0;
     }
     ~LogTest() override {
         unsetenv("TZ");
-        tzset();
-    }
-
-    static void set_zone(const char *zone) {
-        setenv("TZ", zone, 1);
         tzset();
     }
 

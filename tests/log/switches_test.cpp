@@ -36,6 +36,13 @@ TEST_F(LogSwitches, ConsoleOnly) {
     EXPECT_FALSE(world::exists(kLogFile));
 }
 
+// The file's line has been formatted once more, which tells the two apart.
+TEST_F(LogSwitches, TheConsoleComesFirst) {
+    log_to_file("/dev/console");
+    cloud_log("%s\n", "100%%");
+    EXPECT_EQ(console.text(), kStamp + "100%%\n" + kStamp + "100%\n");
+}
+
 TEST_F(LogSwitches, FileOnly) {
     g_console_debug = 0;
     log_to_file();

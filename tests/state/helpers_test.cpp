@@ -54,7 +54,7 @@ class FileHelpers : public LoggedTest {};
 TEST_F(FileHelpers, ExistenceIsLogged) {
     world::write_file("/tmp/file", "");
     world::write_file("/tmp/%s%d", "");
-    std::filesystem::create_symlink("/nowhere", "/tmp/dangling");
+    std::filesystem::create_symlink("/tmp/nowhere", "/tmp/dangling");
     std::filesystem::create_symlink("/tmp/file", "/tmp/link");
     const std::pair<std::string, int> rows[] = {
         {"/tmp/file", 1},     {"/tmp/%s%d", 1}, {"/tmp", 1},           {"/tmp/link", 1},

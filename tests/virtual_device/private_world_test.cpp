@@ -88,7 +88,7 @@ TEST_F(PrivateWorld, ResetRemovesWhatATestLeaves) {
     world::write_file("/tmp/a/b/c", "x");
     world::write_file("/mnt/data/iss_config/segmentrace.txt", "x");
     world::write_file("KEY", "x");
-    ASSERT_EQ(symlink("/nowhere", "/tmp/dangling"), 0);
+    ASSERT_EQ(symlink("/tmp/nowhere", "/tmp/dangling"), 0);
     ASSERT_EQ(mkfifo("/tmp/fifo", 0600), 0);
     EXPECT_EQ(world::list_files("/tmp").size(), 3u);
     world::reset();
