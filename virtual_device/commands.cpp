@@ -11,14 +11,23 @@
 #include "story.h"
 
 namespace world {
+namespace {
 
-int open_shell(const CommonOptions &common) {
-    const Scenario scenario = chosen_scenario(common);
+// Enters a world in which that kdump can be run.
+RunSetup enter_for_runs(const CommonOptions &common) {
     RunSetup setup;
     setup.kdump = kdump_command(common);
     Options options;
     options.keep = folders_of(setup.kdump);
     enter(options);
+    return setup;
+}
+
+}  // namespace
+
+int open_shell(const CommonOptions &common) {
+    const Scenario scenario = chosen_scenario(common);
+    RunSetup setup = enter_for_runs(common);
     Story story(stdout);
     setup.console_arrived = [&](std::string_view piece) { story.console(piece); };
     fmt::print("A shell on the virtual device. Try: kdump segmentrace. Leave with exit.\n");
@@ -30,11 +39,7 @@ int open_shell(const CommonOptions &common) {
 
 int serve_device(const CommonOptions &common) {
     const Scenario scenario = chosen_scenario(common);
-    RunSetup setup;
-    setup.kdump = kdump_command(common);
-    Options options;
-    options.keep = folders_of(setup.kdump);
-    enter(options);
+    RunSetup setup = enter_for_runs(common);
     sigset_t ends;
     sigemptyset(&ends);
     sigaddset(&ends, SIGINT);

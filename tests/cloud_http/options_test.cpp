@@ -72,23 +72,7 @@ log "\ncurl_http 1318 : method DELETE fail error 7\n\n"
 )");
 }
 
-TEST_F(OptionsTest, OfAnUploadUrlRequest) {
-    EXPECT_EQ(trace_of([] { api_TFA_post_data("{\"filename\": \"a\"}"); }), R"(handle 1
-1 URL "http://127.0.0.1:8080/kdumps"
-1 CUSTOMREQUEST "POST"
-1 SSLCERT "CRT"
-1 SSLKEY "KEY"
-1 USE_SSL 3
-1 SSL_VERIFYPEER 0
-1 SSL_VERIFYHOST 0
-1 POSTFIELDS "{"filename": "a"}"
-1 FOLLOWLOCATION 1
-log "curl_slist_append(): Content-Type: application/json\n"
-list append "Content-Type: application/json" to null
-1 WRITEFUNCTION http_reply_write
-1 WRITEDATA record
-1 HTTPHEADER "Content-Type: application/json"
-handle 2
+const std::string kUnproxiedTransfer = R"(handle 2
 2 URL "http://127.0.0.1:8000/api/system/cloud_proxy"
 2 CUSTOMREQUEST "GET"
 2 WRITEFUNCTION http_reply_write
@@ -103,13 +87,34 @@ log "\n\nc_cloud_proxy_get 32 proxy_string ""\n\n\n"
 1 hook
 1 status
 1 cleanup
-list free "Content-Type: application/json"
+)";
+
+TEST_F(OptionsTest, OfAnUploadUrlRequest) {
+    EXPECT_EQ(trace_of([] { api_TFA_post_data("{\"filename\": \"a\"}"); }),
+              R"(handle 1
+1 URL "http://127.0.0.1:8080/kdumps"
+1 CUSTOMREQUEST "POST"
+1 SSLCERT "CRT"
+1 SSLKEY "KEY"
+1 USE_SSL 3
+1 SSL_VERIFYPEER 0
+1 SSL_VERIFYHOST 0
+1 POSTFIELDS "{"filename": "a"}"
+1 FOLLOWLOCATION 1
+log "curl_slist_append(): Content-Type: application/json\n"
+list append "Content-Type: application/json" to null
+1 WRITEFUNCTION http_reply_write
+1 WRITEDATA record
+1 HTTPHEADER "Content-Type: application/json"
+)" + kUnproxiedTransfer +
+                  R"(list free "Content-Type: application/json"
 log "reply from TFA : {\n\t"message":\t"no"\n}\n\n"
 )");
 }
 
 TEST_F(OptionsTest, OfAnUpload) {
-    EXPECT_EQ(trace_of([this] { upload(0); }), R"(open /tmp/dump.bin rb
+    EXPECT_EQ(trace_of([this] { upload(0); }),
+              R"(open /tmp/dump.bin rb
 log "api_TFA_post_FILE 394 filename /tmp/dump.bin uploadUrl http://127.0.0.1:8080/put file size 5 flag 0\n"
 handle 1
 1 URL "http://127.0.0.1:8080/put"
@@ -129,22 +134,8 @@ list append "Content-Type: application/octet-stream" to null
 1 WRITEFUNCTION http_reply_write
 1 WRITEDATA record
 1 HTTPHEADER "Content-Type: application/octet-stream"
-handle 2
-2 URL "http://127.0.0.1:8000/api/system/cloud_proxy"
-2 CUSTOMREQUEST "GET"
-2 WRITEFUNCTION http_reply_write
-2 WRITEDATA record
-2 perform into {2, null, 0}
-2 status
-2 cleanup
-log "\n\nc_cloud_proxy_get 27\n\n\n"
-log "\n\nc_cloud_proxy_get 32 proxy_string ""\n\n\n"
-1 SSL_SESSIONID_CACHE 0
-1 perform into {2, null, 0}
-1 hook
-1 status
-1 cleanup
-list free "Content-Type: application/octet-stream"
+)" + kUnproxiedTransfer +
+                  R"(list free "Content-Type: application/octet-stream"
 close /tmp/dump.bin
 unlink /tmp/dump.bin
 log "api_TFA_post_FILE 458 unlink /tmp/dump.bin\n\n"

@@ -133,11 +133,9 @@ TEST_F(VirtualDevice, KeepsItsOwnFoldersApartFromTheCallers) {
     std::filesystem::current_path(world::kDeviceDir);
 }
 
-TEST_F(VirtualDevice, KilledItLeavesNothing) {
-    const std::string mounts = world::read_file("/proc/self/mountinfo");
-    const int processes = process_count();
-    const pid_t device = fork();
-    if (device == 0) {
+void start_serving(pid_t *device) {
+    *device = fork();
+    if (*device == 0) {
         (void)!freopen("/tmp/serve.out", "w", stdout);
         execl(VIRTUAL_DEVICE, "virtual_device", "serve", nullptr);
         _exit(127);
@@ -146,6 +144,13 @@ TEST_F(VirtualDevice, KilledItLeavesNothing) {
         return world::read_file_if_any("/tmp/serve.out").find("The device is up") !=
                std::string::npos;
     }));
+}
+
+TEST_F(VirtualDevice, KilledItLeavesNothing) {
+    const std::string mounts = world::read_file("/proc/self/mountinfo");
+    const int processes = process_count();
+    pid_t device = 0;
+    ASSERT_NO_FATAL_FAILURE(start_serving(&device));
     EXPECT_GE(process_count(), processes + 3);
     kill(device, SIGKILL);
     waitpid(device, nullptr, 0);
@@ -155,16 +160,8 @@ TEST_F(VirtualDevice, KilledItLeavesNothing) {
 }
 
 TEST_F(VirtualDevice, ServesUntilInterrupted) {
-    const pid_t device = fork();
-    if (device == 0) {
-        (void)!freopen("/tmp/serve.out", "w", stdout);
-        execl(VIRTUAL_DEVICE, "virtual_device", "serve", nullptr);
-        _exit(127);
-    }
-    ASSERT_TRUE(eventually([] {
-        return world::read_file_if_any("/tmp/serve.out").find("The device is up") !=
-               std::string::npos;
-    }));
+    pid_t device = 0;
+    ASSERT_NO_FATAL_FAILURE(start_serving(&device));
     kill(device, SIGINT);
     int status = 0;
     waitpid(device, &status, 0);
