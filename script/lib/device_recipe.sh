@@ -70,12 +70,20 @@ openssl_target() {
     esac
 }
 
+# What OpenSSL needs to be told where GCC makes calls of its libatomic out of 64-bit atomics: to take
+# locks instead, as that library would.
+lock_cflags() {
+    # shellcheck disable=SC2086  # several words
+    $target_cc $target_cflags -dM -E -x c /dev/null |
+        grep -F __GCC_HAVE_SYNC_COMPARE_AND_SWAP_8 >/dev/null || echo -DBROKEN_CLANG_ATOMICS
+}
+
 build_openssl() {
     mkdir openssl-build
     (
         cd openssl-build
         CC=$target_cc AR=$target_ar RANLIB=$target_ranlib \
-            CFLAGS="$target_cflags $device_cflags $link_time_cflags" \
+            CFLAGS="$target_cflags $device_cflags $link_time_cflags $(lock_cflags)" \
             ../openssl/Configure "$(openssl_target "$target_processor")" --prefix="$1" --libdir=lib \
             --openssldir=/etc/ssl "${openssl_options[@]}"
         make -j"$(nproc)" ENGINESDIR=/usr/lib MODULESDIR=/usr/lib build_libs
@@ -92,14 +100,14 @@ build_with_cmake() {
     cmake --build "$1-build" -j"$(nproc)" --target install
 }
 
-# Only the build optimises at link time: it would make each of configure's trials slower.
+# Only the build optimises at link time: each of configure's trials would do so to all of OpenSSL.
 build_device_curl() {
     local cflags="$target_cflags $device_cflags $no_exec_stack"
     (
         cd curl
         prepare_curl_source
         PKG_CONFIG_LIBDIR=$1/lib/pkgconfig CC=$target_cc AR=$target_ar RANLIB=$target_ranlib \
-            CFLAGS=$cflags ./configure --prefix="$1" --host="$target_machine" \
+            CFLAGS=$cflags LDFLAGS=-fno-lto ./configure --prefix="$1" --host="$target_machine" \
             "${curl_options[@]}" "${device_curl_options[@]}" --with-openssl="$1" \
             --enable-ares="$1"
         make -C lib -j"$(nproc)" CFLAGS="$cflags $link_time_cflags" install
