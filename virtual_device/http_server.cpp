@@ -34,10 +34,13 @@ class Pace {
     explicit Pace(const Fault &fault)
         : rate_(fault.kind == Fault::Kind::trickle ? std::max<uint64_t>(fault.amount, 1) : 0) {}
     // In ten steps a second.
-    size_t next_piece() const { return rate_ ? std::max<size_t>(rate_ / 10, 1) : kPiece; }
+    size_t next_piece() const {
+        return rate_ ? static_cast<size_t>(std::max<uint64_t>(rate_ / 10, 1)) : kPiece;
+    }
     void wait(size_t moved) const {
         if (rate_)
-            std::this_thread::sleep_for(std::chrono::microseconds(moved * 1000000 / rate_));
+            std::this_thread::sleep_for(
+                std::chrono::microseconds(moved * uint64_t{1000000} / rate_));
     }
 
   private:
@@ -111,7 +114,8 @@ void send_reply(Stream &stream, const Request &request, const Reply &reply) {
                            ? "\x01\x02 this is not HTTP\n"
                            : wire_text(reply, request.method != "HEAD");
     if (fault.kind == Fault::Kind::truncate)
-        text.resize(std::min<size_t>(text.size(), wire_text(reply, false).size() + fault.amount));
+        text.resize(static_cast<size_t>(
+            std::min<uint64_t>(text.size(), wire_text(reply, false).size() + fault.amount)));
     const Pace pace(fault);
     for (std::string_view left = text; !left.empty();) {
         const std::string_view now = left.substr(0, pace.next_piece());
