@@ -165,6 +165,16 @@ INSTANTIATE_TEST_SUITE_P(Of, FileUploadSize,
                                          Size{"FourGiBAndFive", 4 * kGiB + 5, "5"}),
                          RowName());
 
+// A sparse file of which nothing but the headers is taken.
+TEST_F(FileUploadTest, DeclaresASizeBeyond4GiB) {
+    ASSERT_EQ(truncate(kDump, 5 * kGiB), 0);
+    cloud.on("/put", {world::fault_reply(world::Fault::Kind::drop_after_headers)});
+    EXPECT_NE(upload(0), 0);
+    ASSERT_EQ(cloud.requests().size(), 1u);
+    EXPECT_EQ(cloud.requests()[0].header("Content-Length"), "5368709120");
+    EXPECT_TRUE(world::exists(kDump));
+}
+
 TEST_F(FileUploadTest, TracesTheTransferOnStandardError) {
     {
         const Redirected errors(2, "/tmp/errors", O_WRONLY | O_CREAT);

@@ -28,6 +28,12 @@ TEST_F(LogLine, PadsTheDayOfTheMonth) {
     EXPECT_EQ(console.text(), "[Thu Jan  1 00:00:00 1970]x\n");
 }
 
+TEST_F(LogLine, KnowsTheTimeAfter2038) {
+    test_clock::now = static_cast<std::time_t>(int64_t{INT32_MAX} + 1);
+    cloud_log("x\n");
+    EXPECT_EQ(console.text(), "[Tue Jan 19 03:14:08 2038]x\n");
+}
+
 TEST_F(LogLine, AsksForTheTimeOncePerLine) {
     log_to_file();
     cloud_log("x\n");
