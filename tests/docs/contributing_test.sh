@@ -24,11 +24,13 @@ awk -v folder="$pieces" '
     inside { print substr($0, indent + 1) >(folder "/" count) }
     /^ *```[a-z]+$/ { indent = index($0, "`") - 1; inside = 1; count++ }' CONTRIBUTING.md
 
-# Puts piece $1, which begins with $2, behind the first line of file $3 that holds $4.
+# Puts piece $1, which begins with $2, behind the first line of file $3 that holds $4. Whoever follows
+# an example has it there already.
 insert() {
     local piece=$pieces/$1 begin=$2 file=$copy/$3 place=$4 first
     read -r first <"$piece"
     [[ $first == "$begin"* ]] || die "piece $1 begins with $first, not with $begin"
+    ! grep -qF -- "$first" "$file" || return 0
     grep -qF -- "$place" "$file" || die "$3 has no line with: $place"
     awk -v piece="$piece" -v place="$place" '
         { print }
