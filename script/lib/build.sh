@@ -7,19 +7,22 @@ build_preset() {
     build_folder "$@"
 }
 
-# build_device TARGET: the device build for this machine (native), for one of the architectures that
-# have a preset, or with a toolchain file. Sets device_folder to the name of its folder in build/.
+# build_device TARGET [BUILD-TARGET...]: the device build for this machine (native), for one of the
+# architectures that have a preset, or with a toolchain file. Sets device_folder to the name of its
+# folder in build/.
 build_device() {
-    case $1 in
+    local target=$1
+    shift
+    case $target in
     native) device_folder=device ;;
-    *.cmake) device_folder=device-$(basename "$1" .cmake) ;;
-    *) device_folder=device-$1 ;;
+    *.cmake) device_folder=device-$(basename "$target" .cmake) ;;
+    *) device_folder=device-$target ;;
     esac
-    case $1 in
-    *.cmake) configure "$device_folder" --preset device --toolchain "$(realpath "$1")" ;;
+    case $target in
+    *.cmake) configure "$device_folder" --preset device --toolchain "$(realpath "$target")" ;;
     *) configure "$device_folder" --preset "$device_folder" ;;
     esac
-    build_folder "$device_folder"
+    build_folder "$device_folder" "$@"
 }
 
 configure() {
