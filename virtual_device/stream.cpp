@@ -42,6 +42,12 @@ Stream::~Stream() {
 void Stream::finish() {
     if (session_ && SSL_is_init_finished(session_.get()))
         SSL_shutdown(session_.get());
+    shutdown(descriptor_, SHUT_WR);
+    // What still comes is taken: refused, it would reset the connection, and whether a client that
+    // is sending saw that or the end first would be chance.
+    char unused[4096];
+    while (recv(descriptor_, unused, sizeof unused, 0) > 0) {
+    }
     cut();
 }
 

@@ -38,7 +38,8 @@ class Stream {
     size_t read(char *into, size_t size);
     bool write(std::string_view text);
 
-    // Ends the sending side in order; the descriptor stays until the stream is gone.
+    // Ends the sending side in order and waits for the client to leave; the descriptor stays until
+    // the stream is gone.
     void finish();
     // Wakes a blocked reader or writer, from any thread.
     void cut();
