@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <stdexcept>
 
 #include "device_files.h"
 #include "files.h"
@@ -30,6 +31,9 @@ Files fresh_device(const Kind &kind) {
         files[path] = content.substr(0, sends(kind, path) ? kLongDump : kShortDump);
     if (kind.reboots)
         files["/tmp/upgrade_finish"] = "";
+    for (const Dump &dump : kind.dumps)
+        if (files.count(dump.source) == 0)
+            throw std::runtime_error(kind.name + ": the virtual device has no " + dump.source);
     return files;
 }
 

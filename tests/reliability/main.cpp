@@ -52,6 +52,8 @@ int work(const SweepOptions &options, unsigned worker, int report) {
     try {
         Rig rig(command_of(options));
         Sweep sweep(options, worker, rig);
+        for (const Kind &kind : kinds())
+            fresh_files(kind);  // what one lacks is told now, not after hours
         json tallies;
         for (const Kind &kind : kinds()) {
             if (!is_chosen(options, kind))
