@@ -1,6 +1,6 @@
-# A program for a device: everything but libc linked into it, as small as it gets. Included in place
-# of the search for the machine's libraries. The dependencies are those that
-# `script/bootstrap --target` made for the toolchain file in use, or for this machine's compiler.
+# A small program for a device, with everything but libc linked in. Included in place of the search
+# for the machine's libraries: `script/bootstrap --target` has built the dependencies for the
+# toolchain file in use, or for this machine's compiler.
 
 set(device native)
 if(CMAKE_TOOLCHAIN_FILE)
@@ -19,7 +19,7 @@ set(OPENSSL_ROOT_DIR ${CLOUD_DEVICE_DEPS})
 set(OPENSSL_USE_STATIC_LIBS ON)
 find_package(OpenSSL REQUIRED)
 
-# imported_archive(TARGET ARCHIVE LIBRARY...): the archive, and what it needs in turn.
+# imported_archive(TARGET ARCHIVE LIBRARY...): the archive, and the libraries that it needs.
 function(imported_archive target archive)
     add_library(${target} STATIC IMPORTED)
     set_target_properties(${target} PROPERTIES
@@ -31,19 +31,34 @@ imported_archive(cloudagent::cares libcares.a)
 imported_archive(cloudagent::curl libcurl.a cloudagent::cares OpenSSL::SSL OpenSSL::Crypto)
 imported_archive(cloudagent::cjson libcjson.a)
 
-# Tests mean the same sizes and times as what they test.
+# Tests must agree with the product on the sizes of files and times.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
-    add_compile_options(-Wno-psabi)  # how GCC 6 passed a record is not asked for
+    add_compile_options(-Wno-psabi)  # no GCC before 7 is involved
 endif()
 
-# The objects hold machine code beside what the optimisation at link time works on, for test programs.
+# The image of a device is often built where the libraries for the tests are missing.
+set(test_libraries GTest)
+if(NOT CMAKE_CROSSCOMPILING)
+    list(APPEND test_libraries nlohmann_json fmt CLI11)
+endif()
+foreach(library IN LISTS test_libraries)
+    if(BUILD_TESTING)
+        find_package(${library} QUIET)
+        if(NOT ${library}_FOUND)
+            message(STATUS "The tests are left out: ${library} is missing")
+            set(BUILD_TESTING OFF)
+        endif()
+    endif()
+endforeach()
+
+# Test programs link the objects' machine code, the product their link-time-optimisation form.
 target_compile_options(shipped_code INTERFACE
     -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables -Wa,--noexecstack
     -flto=auto -ffat-lto-objects)
 target_link_options(shipped_code INTERFACE -flto=auto -Wl,--gc-sections -static-libgcc -s)
 
-# A relocation in a few bits instead of 24 bytes, where linker and C library know how.
+# A relocation then takes a few bits instead of 24 bytes; linker and C library must support it.
 include(CheckCSourceCompiles)
 set(CMAKE_REQUIRED_LINK_OPTIONS -Wl,-z,pack-relative-relocs)
 check_c_source_compiles("int main(void) { return 0; }" CLOUD_PACKED_RELOCATIONS FAIL_REGEX ignored)
