@@ -2,25 +2,26 @@
 
 #include <cstring>
 
-#include "cloud_http/transfer.h"
+#include "cloud_http/request.h"
 #include "log/log.h"
+
+using namespace cloudagent;
 
 uint32_t curl_http_fail_count = 0;
 
 int curl_http(const char *method, const char *url, char **out, const char *body) noexcept {
-    Transfer transfer(url);
-    transfer.set_text(CURLOPT_CUSTOMREQUEST, method);
+    Request request(url);
+    request.set_text(CURLOPT_CUSTOMREQUEST, method);
     if (method == nullptr || std::strcmp(method, "GET") != 0) {
-        // Without a text here libcurl would read the body from standard input.
-        transfer.set_text(CURLOPT_POSTFIELDS, body != nullptr ? body : "");
+        // Without a text libcurl would read the body from standard input.
+        request.set_text(CURLOPT_POSTFIELDS, body != nullptr ? body : "");
     }
-    ReplyText reply;
-    transfer.collect_reply(reply);
-    const int result = transfer.perform();
-    transfer.status();  // read, as after every transfer; these requests take any status
-    transfer.clean_up();
+    request.collect_reply();
+    const int result = request.perform();
+    request.status();  // read after every transfer, though any status is accepted here
+    request.clean_up();
     if (out != nullptr) {
-        *out = reply.release();
+        *out = request.take_reply();
     }
     if (result != 0) {
         cloud_log("\n%s %d : method %s fail error %d\n\n", __func__, 1318, method, result);

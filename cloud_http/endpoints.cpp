@@ -2,10 +2,12 @@
 
 #include <cstring>
 
-#include "config/deployment.h"
+#include "base/fixed_text.h"
+#include "deployment.h"
 #include "log/log.h"
 #include "state/one_value_file.h"
-#include "support/fixed_text.h"
+
+using namespace cloudagent;
 
 namespace {
 
@@ -13,7 +15,7 @@ struct Endpoint {
     const char *override_file;
     const char *default_url;
     const char *getter;
-    int site;
+    int id;
 };
 
 constexpr Endpoint kKdumps = {"/tmp/app/cloud_tmp/KDUMPS_file",
@@ -30,7 +32,7 @@ int get_endpoint(const Endpoint &endpoint, char *out) noexcept {
     if (out == nullptr) {
         return 1;
     }
-    if (!read_value(endpoint.override_file, "%1023s", out)) {
+    if (read_word(endpoint.override_file, out, CallersUrl::size()) == FileValue::kNoFile) {
         CallersUrl url;
         url.format("%s", endpoint.default_url);
         std::memcpy(out, url.c_str(), url.length() + 1);
@@ -42,7 +44,7 @@ int get_endpoint(const Endpoint &endpoint, char *out) noexcept {
     Url url;
     url.format("https://%s", out);
     const std::size_t length = url.length();
-    cloud_log("\n%s %d %d\n\n", endpoint.getter, endpoint.site, static_cast<int>(length));
+    cloud_log("\n%s %d %d\n\n", endpoint.getter, endpoint.id, static_cast<int>(length));
     std::memcpy(out, url.c_str(), length);
     return 0;
 }
@@ -59,9 +61,6 @@ int set_endpoint(const Endpoint &endpoint, const char *value) noexcept {
 }  // namespace
 
 int api_kdumps_server_get(char *out) noexcept { return get_endpoint(kKdumps, out); }
-
 int api_kdumps_server_set(const char *url) noexcept { return set_endpoint(kKdumps, url); }
-
 int api_TFA_get(char *out) noexcept { return get_endpoint(kAuthentication, out); }
-
 int api_TFA_set(const char *url) noexcept { return set_endpoint(kAuthentication, url); }

@@ -5,9 +5,12 @@
 
 #include <cstdio>
 
-#include "cloud_http/cloud_request.h"
+#include "base/owned.h"
+#include "cloud_http/proxy.h"
+#include "cloud_http/request.h"
 #include "log/log.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 namespace {
 
@@ -24,46 +27,40 @@ struct Upload {
     int flag;
 };
 
-// What one attempt came to: a transfer (its libcurl code, and the status when the code is 0), or
-// none.
-struct Attempt {
-    bool transferred;
-    CURLcode code;
-    long status;
-};
-
 CURLcode send(const Upload &upload, std::FILE *file, off_t size, long *status) noexcept {
-    CloudRequest request(upload.url);
-    Transfer &transfer = request.transfer();
-    transfer.set_text(CURLOPT_CUSTOMREQUEST, "PUT");
-    transfer.set_long(CURLOPT_UPLOAD, 1);
-    transfer.set_pointer(CURLOPT_READDATA, file);
-    transfer.set_size(CURLOPT_INFILESIZE_LARGE, size);
-    transfer.set_long(CURLOPT_VERBOSE, 1);
+    Request request(upload.url);
+    request.set_text(CURLOPT_CUSTOMREQUEST, "PUT");
+    request.set_long(CURLOPT_UPLOAD, 1);
+    request.set_pointer(CURLOPT_READDATA, file);
+    request.set_size(CURLOPT_INFILESIZE_LARGE, size);
+    request.set_long(CURLOPT_VERBOSE, 1);
     request.use_client_certificate();
-    transfer.set_long(CURLOPT_FOLLOWLOCATION, 1);
+    request.set_long(CURLOPT_FOLLOWLOCATION, 1);
     request.set_content_type("application/octet-stream");
     request.collect_reply();
-    request.use_device_proxy(kFunction, 426);
-    return request.perform(status);
+    if (c_cloud_proxy_get(g_proxy_server) == 0) {
+        cloud_log("\n%s %d g_proxy_server \"%s\"\n\n", kFunction, 426, g_proxy_server);
+        request.use_proxy(g_proxy_server);
+    }
+    return request.perform_to_cloud(status);
 }
 
-Attempt attempt(const Upload &upload) noexcept {
+// One attempt: libcurl's code and, when that is 0, the status. False when the file cannot be read.
+bool attempt(const Upload &upload, CURLcode *code, long *status) noexcept {
     const OwnedFile file(std::fopen(upload.filename, "rb"));
     if (!file) {
         cloud_log("%s %d filename %s not found\n", kFunction, 383, upload.filename);
-        return {false, CURLE_OK, 0};
+        return false;
     }
-    struct stat status = {};
-    if (fstat(fileno(file.get()), &status) != 0) {
+    struct stat found = {};
+    if (fstat(fileno(file.get()), &found) != 0) {
         cloud_log("%s %d filename %s\n", kFunction, 388, upload.filename);
-        return {false, CURLE_OK, 0};
+        return false;
     }
     cloud_log("%s %d filename %s uploadUrl %s file size %d flag %d\n", kFunction, 394,
-              upload.filename, upload.url, static_cast<int>(status.st_size), upload.flag);
-    Attempt result = {true, CURLE_OK, 0};
-    result.code = send(upload, file.get(), status.st_size, &result.status);
-    return result;
+              upload.filename, upload.url, static_cast<int>(found.st_size), upload.flag);
+    *code = send(upload, file.get(), found.st_size, status);
+    return true;
 }
 
 int completed(const Upload &upload, long status) noexcept {
@@ -84,22 +81,23 @@ int api_TFA_post_FILE(const char *filename, const char *uploadUrl, int flag) noe
     const Upload upload = {filename, uploadUrl, flag};
     int failures = 0;
     for (;;) {
-        const Attempt result = attempt(upload);
-        if (!result.transferred) {
+        CURLcode code = CURLE_OK;
+        long status = 0;
+        if (!attempt(upload, &code, &status)) {
             return kFileError;
         }
-        if (result.code == CURLE_OK) {
-            return completed(upload, result.status);
+        if (code == CURLE_OK) {
+            return completed(upload, status);
         }
-        cloud_log("%s %d curl_easy_perform() failed: %s\n\n", kFunction, 439,
-                  curl_easy_strerror(result.code));
+        cloud_log("%s %d curl_easy_perform() failed: %s\n\n", __func__, 439,
+                  curl_easy_strerror(code));
         if (flag == kNoRetry) {
-            return result.code;
+            return code;
         }
         sleep(kRetrySeconds);
         if (flag == kLimitedRetry && ++failures == kMostFailures) {
-            return result.code;
+            return code;
         }
-        cloud_log("%s %d goto retry api_TFA_post_FILE %s\n\n", kFunction, 451, filename);
+        cloud_log("%s %d goto retry api_TFA_post_FILE %s\n\n", __func__, 451, filename);
     }
 }

@@ -5,8 +5,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/owned.h"
 #include "log/log.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 namespace {
 

@@ -1,19 +1,19 @@
-// The device's own management service on the loopback address: from a resource to its payload.
-#ifndef CLOUDAGENT_CLOUD_HTTP_LOCAL_SERVICE_H
-#define CLOUDAGENT_CLOUD_HTTP_LOCAL_SERVICE_H
+// Reads resources of the device's own management service.
+#pragma once
 
 #include "json_parser/owned_json.h"
 
 #define LOCAL_SERVICE "http://127.0.0.1:8000/api/"
+
+namespace cloudagent {
 
 struct LocalPayload {
     OwnedJson document;          // owns what object points to
     JsonNode *object = nullptr;  // null when the resource could not be read
 };
 
-// GETs a resource and takes the object named member out of its "restful_res" envelope. A reply
-// without the envelope is logged with site, the number of the reading place; every other failure is
-// silent.
-LocalPayload read_local_payload(const char *url, const char *member, int site) noexcept;
+// GETs a resource and finds the object named member in its "restful_res" envelope. A missing
+// envelope is logged with id; every other failure is silent.
+LocalPayload read_local_payload(const char *url, const char *member, int id) noexcept;
 
-#endif
+}  // namespace cloudagent

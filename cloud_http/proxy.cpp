@@ -2,9 +2,11 @@
 
 #include <cstring>
 
+#include "base/fixed_text.h"
 #include "cloud_http/local_service.h"
 #include "log/log.h"
-#include "support/fixed_text.h"
+
+using namespace cloudagent;
 
 char g_proxy_server[160] = "";
 
@@ -12,23 +14,13 @@ namespace {
 
 using ProxyText = FixedText<sizeof g_proxy_server>;
 
-// "none" and an empty server mean no proxy; a missing one leaves the port alone to be told.
-bool is_no_server(const char *server) noexcept {
-    return server != nullptr && (*server == '\0' || std::strcmp(server, "none") == 0);
-}
-
+// Intentional quirk: without a server this is ":port".
 ProxyText proxy_text(JsonNode *settings, const char *server) noexcept {
     ProxyText text;
-    if (server != nullptr) {
-        text.format("%s", server);
-    }
+    text.format("%s", server != nullptr ? server : "");
     int found = 0;
     const int port = getJsonIntValueForKey(settings, "proxyServerPort", &found);
-    if (found != 0 && port != 0) {
-        text.append(":%u", static_cast<unsigned>(port));
-    } else {
-        text.append(":80");
-    }
+    text.append(":%u", found != 0 && port != 0 ? static_cast<unsigned>(port) : 80U);
     return text;
 }
 
@@ -53,8 +45,8 @@ int c_cloud_proxy_get(char *proxy_string) noexcept {
         return -1;
     }
     const char *const server = getJsonStringValueForKey(settings.object, "proxyServer");
-    if (is_no_server(server)) {
-        constexpr int kCleared = 4;  // only the first bytes: enough to make the text empty
+    if (server != nullptr && (*server == '\0' || std::strcmp(server, "none") == 0)) {
+        constexpr int kCleared = 4;  // intentional quirk: enough to empty the text
         std::memset(proxy_string, 0, kCleared);
         cloud_log("\n\n%s %d sizeof(proxy_string) %d proxy_string \"%s\"\n\n\n", __func__, 41,
                   kCleared, proxy_string);

@@ -7,10 +7,13 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "cloud_http/cloud_request.h"
+#include "base/owned.h"
+#include "cloud_http/proxy.h"
+#include "cloud_http/request.h"
 #include "json_parser/owned_json.h"
 #include "log/log.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 char KDUMPS_url[1024] = "";
 char *g_upload_url = nullptr;
@@ -19,30 +22,29 @@ uint32_t g_detect_dns = 0;
 
 namespace {
 
-constexpr const char *kFunction = "api_TFA_post_data";
-
-// Once a server list has been read it serves every later request of the process.
-void pin_dns_servers(Transfer &transfer) noexcept {
+// A server list that has been read once serves all later requests of the process.
+void pin_dns_servers(Request &request) noexcept {
     if (g_detect_dns == 0) {
         return;
     }
     const bool known =
         g_curl_dns_server[0] != '\0' || (ReadCurlDnsFile() == 0 && g_curl_dns_server[0] != '\0');
     if (known) {
-        transfer.set_text(CURLOPT_DNS_SERVERS, g_curl_dns_server);
+        request.set_text(CURLOPT_DNS_SERVERS, g_curl_dns_server);
     } else {
-        transfer.set_long(CURLOPT_DNS_CACHE_TIMEOUT, 0);
+        request.set_long(CURLOPT_DNS_CACHE_TIMEOUT, 0);
     }
 }
 
-// The next attempt sees a resolver configuration that has changed meanwhile. Where libc finds no
-// memory for that it keeps a lock, and a second call would wait for ever.
+// Lets the next attempt see a changed resolver configuration. Never calls libc again after a
+// failure: without memory it keeps its lock, and the next call would block.
 void renew_resolver() noexcept {
     static bool failed = false;
     failed = failed || res_init() != 0;
 }
 
 bool keep_upload_url(const char *url) noexcept {
+    constexpr const char *kFunction = "api_TFA_post_data";
     const std::size_t length = std::strlen(url);
     cloud_log("%s %d url_size %d \n\n", kFunction, 340, static_cast<int>(length));
     char *const copy = static_cast<char *>(std::malloc(length + 1));
@@ -81,19 +83,21 @@ int read_reply(const char *reply) noexcept {
 }  // namespace
 
 int api_TFA_post_data(const char *body) noexcept {
-    CloudRequest request(KDUMPS_url);
-    Transfer &transfer = request.transfer();
-    pin_dns_servers(transfer);
-    transfer.set_text(CURLOPT_CUSTOMREQUEST, "POST");
+    Request request(KDUMPS_url);
+    pin_dns_servers(request);
+    request.set_text(CURLOPT_CUSTOMREQUEST, "POST");
     request.use_client_certificate();
-    transfer.set_text(CURLOPT_POSTFIELDS, body != nullptr ? body : "");
-    transfer.set_long(CURLOPT_FOLLOWLOCATION, 1);
+    request.set_text(CURLOPT_POSTFIELDS, body != nullptr ? body : "");
+    request.set_long(CURLOPT_FOLLOWLOCATION, 1);
     request.set_content_type("application/json");
     request.collect_reply();
-    request.use_device_proxy(kFunction, 289);
+    if (c_cloud_proxy_get(g_proxy_server) == 0) {
+        cloud_log("\n%s %d g_proxy_server \"%s\"\n\n", __func__, 289, g_proxy_server);
+        request.use_proxy(g_proxy_server);
+    }
 
     long status = 0;
-    const CURLcode result = request.perform(&status);
+    const CURLcode result = request.perform_to_cloud(&status);
     if (result == CURLE_COULDNT_RESOLVE_HOST && g_detect_dns == 0) {
         renew_resolver();
     }
@@ -105,7 +109,7 @@ int api_TFA_post_data(const char *body) noexcept {
         cloud_log("TFA http error : %d\n", static_cast<int>(status));
         return static_cast<int>(status);
     }
-    return read_reply(request.reply());
+    return read_reply(request.reply().data);
 }
 
 int ReadCurlDnsFile() noexcept {

@@ -1,26 +1,19 @@
-/*
- * Setting the device's clock from the cloud.
- */
-#ifndef CLOUDAGENT_DEVICE_CLOUD_TIME_H
-#define CLOUDAGENT_DEVICE_CLOUD_TIME_H
+/// Sets the device's clock from the cloud. @file
+#pragma once
 
-#include "log/c_api.h"
+#include "../base/c_api.h"
 
 CLOUD_API_BEGIN
 
-/*
- * Asks scheme://host/time for the time and, when the device's time settings are readable at
- * http://127.0.0.1:8000/api/system/settings/time, PATCHes it there as "manualTime", without its
- * last character and at most 98 characters long; the whole body is cut at 99.
- *
- * scheme: "https" exactly verifies the server against /etc/ssl/certs/; any other asks without TLS
- * settings. host: name, with a port if it is not the scheme's. The URL is cut at 255 characters.
- * No proxy is used; the request may take 20 seconds, its connection 10.
- *
- * Returns -1 always: success shows in the log and in the device's clock.
- */
+/// Asks scheme://host/time for the time. If http://127.0.0.1:8000/api/system/settings/time can be
+/// read, PATCHes the time there as "manualTime", without its last character and at most 98
+/// characters long; the body is cut at 99.
+///
+/// scheme: exactly "https" verifies the server against /etc/ssl/certs/; any other sets no TLS
+/// option. host: name, and the port if it is not the scheme's. The URL is cut at 255 characters.
+/// Uses no proxy. The timeout is 20 seconds, for connecting 10.
+///
+/// Always returns -1: success shows in the log and in the device's clock.
 int api_get_time(const char *scheme, const char *host) CLOUD_NOEXCEPT;
 
 CLOUD_API_END
-
-#endif

@@ -4,12 +4,14 @@
 
 #include <cstdio>
 
+#include "base/owned.h"
 #include "cloud_http/curl_http.h"
 #include "cloud_http/local_service.h"
 #include "device/system_status.h"
 #include "log/log.h"
 #include "state/one_value_file.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 uint32_t conn_fail_logged_30m = 0;
 uint32_t conn_fail_logged_60m = 0;
@@ -20,17 +22,16 @@ constexpr const char *kTimeFile = "/tmp/app/cloud_tmp/conn_fail_log_time.txt";
 constexpr const char *kStopFile = "/mnt/data/iss_config/cloud_conn_fail_log.stop";
 constexpr const char *kFailLogUrl = LOCAL_SERVICE "cloud_fail_log";
 
-constexpr int32_t kHeadStart =
-    500;  // seconds that an outage is taken to be older than its first call
+// Seconds. An outage counts as older than its first call.
+constexpr int32_t kHeadStart = 500;
 constexpr int64_t kHalfHour = 1801;
 constexpr int64_t kHour = 3601;
 
 void request_log(uint32_t &logged) noexcept {
-    if (logged != 0) {
-        return;
+    if (logged == 0) {
+        http_post(kFailLogUrl, "", nullptr);
+        logged = 1;  // a failed request is not repeated
     }
-    http_post(kFailLogUrl, "", nullptr);
-    logged = 1;  // one attempt an outage, whatever came of it
 }
 
 }  // namespace
@@ -42,7 +43,7 @@ int api_conn_fail_log_time_set(uint32_t start) noexcept {
         conn_fail_logged_60m = 0;
         return 0;
     }
-    // The file comes first: without it the local service is not asked.
+    // Without the file the local service is not asked.
     const OwnedFile file(std::fopen(kTimeFile, "w"));
     if (!file) {
         return -1;
@@ -55,14 +56,11 @@ int api_conn_fail_log_time_set(uint32_t start) noexcept {
 
 int api_conn_fail_log_time_get(int32_t *out) noexcept {
     int32_t unused = 0;
-    return read_value(kTimeFile, "%d", out != nullptr ? out : &unused) ? 0 : -1;
+    return read_number(kTimeFile, out != nullptr ? out : &unused) != FileValue::kNoFile ? 0 : -1;
 }
 
 int api_cloud_fail_log_check() noexcept {
     const LocalPayload check = read_local_payload(kFailLogUrl, "conn_fail_chk", 1769);
-    if (check.object == nullptr) {
-        return 0;
-    }
     int found = 0;
     const int create = getJsonBoolValueForKey(check.object, "createLog", &found);
     return found != 0 && create == 0 ? -1 : 0;

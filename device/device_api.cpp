@@ -2,24 +2,24 @@
 
 #include <cstring>
 
+#include "base/fixed_text.h"
 #include "cloud_http/local_service.h"
-#include "config/deployment.h"
+#include "deployment.h"
 #include "log/log.h"
 #include "state/one_value_file.h"
-#include "support/fixed_text.h"
+
+using namespace cloudagent;
 
 namespace {
 
+using Site = FixedText<32>;
 using Url = FixedText<256>;
-
-const char *host_label(uint32_t region) noexcept {
-    return region == 0 ? "tillet" : region == 1 ? "tillet-jp" : nullptr;
-}
 
 // "https://<label>.<site>.<base domain>/v1/devices"
 Url devices_url(const char *label) noexcept {
-    FixedText<32> site;
-    if (!read_value("/mnt/data/iss_config/current_config/tillet_site", "%31s", site.data())) {
+    constexpr const char *kSiteFile = "/mnt/data/iss_config/current_config/tillet_site";
+    Site site;
+    if (read_word(kSiteFile, site.data(), Site::size()) == FileValue::kNoFile) {
         site.format("production");
     }
     Url url;
@@ -31,7 +31,7 @@ Url devices_url(const char *label) noexcept {
 
 int api_tillet_host_get(char *out, uint32_t region) noexcept {
     cloud_log("%s %d \n", __func__, 799);
-    const char *const label = host_label(region);
+    const char *const label = region == 0 ? "tillet" : region == 1 ? "tillet-jp" : nullptr;
     if (label == nullptr) {
         return -1;
     }

@@ -9,9 +9,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/fixed_text.h"
+#include "base/owned.h"
 #include "log/log.h"
-#include "support/fixed_text.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 namespace {
 
@@ -20,10 +22,6 @@ constexpr const char *kProgress = "/tmp/cgi/cgic_progress";
 constexpr const char *kFunction = "SN_Check_FW_upload_status";
 
 enum Status : uint32_t { kNoUpload = 0, kUploading = 1, kOtherUploader = 2 };
-
-constexpr int kHttpsPort = 443;
-constexpr int kHttpPort = 80;
-constexpr int kUnknownPort = -1;
 
 constexpr int kLineSize = 256;
 using Line = FixedText<kLineSize>;
@@ -40,21 +38,17 @@ bool read_marker(Line &line) noexcept {
     return marker && std::fgets(line.data(), kLineSize, marker.get()) != nullptr;
 }
 
-int protocol_port(const char *marker_line) noexcept {
+// Whether the upload uses plain HTTP; a line that names both ports means HTTPS.
+bool uses_plain_http(const char *marker_line) noexcept {
     if (contains(marker_line, "[port: 443]")) {
         cloud_log("UPLOAD CGI Protocol HTTPS\n\n");
-        return kHttpsPort;
+        return false;
     }
-    if (contains(marker_line, "[port: 80]")) {
+    const bool plain = contains(marker_line, "[port: 80]");
+    if (plain) {
         cloud_log("UPLOAD CGI Protocol HTTP\n\n");
-        return kHttpPort;
     }
-    return kUnknownPort;
-}
-
-// Text without digits gives 0; an id beyond int gives the nearest, which no process has.
-int process_id(const char *text) noexcept {
-    return static_cast<int>(std::clamp<long>(std::strtol(text, nullptr, 10), INT_MIN, INT_MAX));
+    return plain;
 }
 
 void remove_upload_files() noexcept {
@@ -62,23 +56,25 @@ void remove_upload_files() noexcept {
     unlink(kProgress);
 }
 
-struct Program {
-    bool is_data_cgi = false;
-    bool is_stalled = false;  // examined on plain HTTP only
-};
-
-Program read_program(std::FILE *status, int port) noexcept {
-    Program program;
-    char line[kLineSize];
-    while (std::fgets(line, kLineSize, status) != nullptr) {
-        if (contains(line, "Name:") && contains(line, "data.cgi")) {
-            program.is_data_cgi = true;
-        }
-        if (port == kHttpPort && contains(line, "State:") && !contains(line, "running")) {
-            program.is_stalled = true;
-        }
+// Opens the status of the upload program; null, with the upload's files removed, when it is gone.
+OwnedFile open_status(int pid) noexcept {
+    Line path;
+    path.format("/proc/%d", pid);
+    const bool exists = access(path.c_str(), R_OK) == 0;
+    path.append("/status");
+    const bool readable = exists && access(path.c_str(), R_OK) == 0;
+    OwnedFile status(readable ? std::fopen(path.c_str(), "r") : nullptr);
+    if (!status) {
+        remove_upload_files();
     }
-    return program;
+    if (!exists) {
+        cloud_log("%s %d data.cgi %d is not exist\n", kFunction, 1686, pid);
+    } else if (!readable) {
+        cloud_log("/proc/%d/status not exist\n\n", pid);
+    } else if (!status) {
+        cloud_log("/proc/%d/status open fail\n\n", pid);
+    }
+    return status;
 }
 
 Status kill_stalled(int pid) noexcept {
@@ -92,34 +88,20 @@ Status kill_stalled(int pid) noexcept {
     return kNoUpload;
 }
 
-Status check_process(int pid, int port) noexcept {
-    Line path;
-    path.format("/proc/%d", pid);
-    if (access(path.c_str(), R_OK) != 0) {
-        remove_upload_files();
-        cloud_log("%s %d data.cgi %d is not exist\n", kFunction, 1686, pid);
+Status check_process(int pid, bool plain_http) noexcept {
+    OwnedFile status = open_status(pid);
+    bool is_data_cgi = false;
+    bool is_stalled = false;
+    char line[kLineSize];
+    while (status && std::fgets(line, kLineSize, status.get()) != nullptr) {
+        is_data_cgi |= contains(line, "Name:") && contains(line, "data.cgi");
+        is_stalled |= plain_http && contains(line, "State:") && !contains(line, "running");
+    }
+    status.reset();
+    if (!is_data_cgi) {
         return kNoUpload;
     }
-    path.format("/proc/%d/status", pid);
-    if (access(path.c_str(), R_OK) != 0) {
-        remove_upload_files();
-        cloud_log("/proc/%d/status not exist\n\n", pid);
-        return kNoUpload;
-    }
-    Program program;
-    {
-        const OwnedFile status(std::fopen(path.c_str(), "r"));
-        if (!status) {
-            remove_upload_files();
-            cloud_log("/proc/%d/status open fail\n\n", pid);
-            return kNoUpload;
-        }
-        program = read_program(status.get(), port);
-    }
-    if (!program.is_data_cgi) {
-        return kNoUpload;
-    }
-    if (!program.is_stalled) {
+    if (!is_stalled) {
         cloud_log("%s %d data.cgi %d is uploading image\n", kFunction, 1668, pid);
         return kUploading;
     }
@@ -134,15 +116,17 @@ uint32_t SN_Check_FW_upload_status() noexcept {
     if (!read_marker(line)) {
         return kNoUpload;
     }
-    const int port = protocol_port(line.c_str());
+    const bool plain_http = uses_plain_http(line.c_str());
     if (const char *found = std::strstr(line.c_str(), kDataCgi)) {
-        const int pid = process_id(found + std::strlen(kDataCgi));
+        const long id =
+            std::strtol(found + std::strlen(kDataCgi), nullptr, 10);  // 0 without digits
+        const int pid = static_cast<int>(std::clamp<long>(id, INT_MIN, INT_MAX));
         cloud_log("data.cgi pid %d \n\n", pid);
-        return pid > 0 ? check_process(pid, port) : kNoUpload;
+        return pid > 0 ? check_process(pid, plain_http) : kNoUpload;
     }
     if (contains(line.c_str(), "Uploading by ")) {
         unlink(kProgress);
-        cloud_log("%s %d %s\n", kFunction, 1693, line.c_str());
+        cloud_log("%s %d %s\n", __func__, 1693, line.c_str());
         return kOtherUploader;
     }
     return kNoUpload;

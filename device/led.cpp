@@ -7,6 +7,8 @@
 #include "log/log.h"
 #include "state/one_value_file.h"
 
+using namespace cloudagent;
+
 namespace {
 
 constexpr const char *kCloudBlinking = "/tmp/cloud_blinking";

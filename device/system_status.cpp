@@ -4,35 +4,37 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/owned.h"
 #include "cloud_http/local_service.h"
 #include "log/log.h"
 #include "state/device_identity.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 namespace {
 
 constexpr const char *kStatusUrl = LOCAL_SERVICE "system/status";
 
-// The number behind label in line; 0 when the line has none.
-uint32_t number_behind(const char *label_found, const char *label) noexcept {
-    const char *at = label_found + std::strlen(label);
+// Stores the number behind label, 0 without any. False when line lacks label.
+bool take_number(const char *line, const char *label, uint32_t *number) noexcept {
+    const char *at = std::strstr(line, label);
+    if (at == nullptr) {
+        return false;
+    }
+    at += std::strlen(label);
     at += std::strcspn(at, "0123456789");
-    return static_cast<uint32_t>(std::strtoul(at, nullptr, 10));
+    *number = static_cast<uint32_t>(std::strtoul(at, nullptr, 10));
+    return true;
 }
 
 void take_line(const char *line, MemInfo &info) noexcept {
-    constexpr const char *kTotal = "MemTotal:";
-    constexpr const char *kFree = "MemFree:";
-    constexpr const char *kBuffers = "Buffers:";
-    constexpr const char *kCached = "Cached:";  // SwapCached too
-    if (const char *found = std::strstr(line, kTotal)) {
-        info.total_kb = number_behind(found, kTotal);
-    } else if ((found = std::strstr(line, kFree)) != nullptr) {
-        info.used_kb = info.total_kb - number_behind(found, kFree);
-    } else if ((found = std::strstr(line, kBuffers)) != nullptr) {
-        info.buffers_cached_kb += number_behind(found, kBuffers);
-    } else if ((found = std::strstr(line, kCached)) != nullptr) {
-        info.buffers_cached_kb += number_behind(found, kCached);
+    uint32_t number = 0;
+    if (take_number(line, "MemTotal:", &number)) {
+        info.total_kb = number;
+    } else if (take_number(line, "MemFree:", &number)) {
+        info.used_kb = info.total_kb - number;
+    } else if (take_number(line, "Buffers:", &number) || take_number(line, "Cached:", &number)) {
+        info.buffers_cached_kb += number;  // SwapCached too
     }
 }
 
@@ -40,9 +42,6 @@ void take_line(const char *line, MemInfo &info) noexcept {
 
 int sn_get_mac_addr() noexcept {
     const LocalPayload status = read_local_payload(kStatusUrl, "systemInfo", 1455);
-    if (status.object == nullptr) {
-        return -1;
-    }
     const char *const mac = getJsonStringValueForKey(status.object, "macAddr");
     if (mac == nullptr) {
         return -1;
@@ -73,15 +72,14 @@ int sn_get_mem_info(MemInfo *info) noexcept {
 }
 
 int sn_get_sys_up_time(int32_t *out) noexcept {
-    int32_t up_time = -1;
     const LocalPayload status = read_local_payload(kStatusUrl, "systemInfo", 1588);
+    int found = 0;
+    int32_t up_time = getJsonIntValueForKey(status.object, "upTime", &found);
     if (status.object == nullptr) {
         cloud_log("\n\n%s %d %s\n\n\n", __func__, 1590, "(null)");  // no reply text is left to show
         up_time = -2;
-    } else {
-        int found = 0;
-        const int seconds = getJsonIntValueForKey(status.object, "upTime", &found);
-        up_time = found != 0 ? seconds : -1;
+    } else if (found == 0) {
+        up_time = -1;
     }
     if (out != nullptr) {
         *out = up_time;

@@ -2,6 +2,7 @@
 
 #include "json_parser/nodes.h"
 
+namespace cloudagent {
 namespace {
 
 bool can_add(const JsonNode *parent, const JsonNode *node) noexcept {
@@ -50,8 +51,11 @@ JsonNode *add_new(JsonNode *object, const char *key, OwnedJson node) noexcept {
     return add_named(object, key, node.get()) ? node.release() : nullptr;
 }
 
-JsonNode *createJsonObject() noexcept { return new_node(JSON_KIND_OBJECT).release(); }
+}  // namespace cloudagent
 
+using namespace cloudagent;
+
+JsonNode *createJsonObject() noexcept { return new_node(JSON_KIND_OBJECT).release(); }
 JsonNode *createJsonArray() noexcept { return new_node(JSON_KIND_ARRAY).release(); }
 
 void addJsonItemToObject(JsonNode *object, const char *key, JsonNode *node) noexcept {

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+namespace cloudagent {
+
 OwnedJson new_node(int32_t kind) noexcept {
     OwnedJson node(static_cast<JsonNode *>(cJSON_malloc(sizeof(JsonNode))));
     if (node) {
@@ -46,11 +48,14 @@ void set_number(JsonNode &node, double value) noexcept {
     }
 }
 
+}  // namespace cloudagent
+
+using namespace cloudagent;
+
 void deleteJson(JsonNode *document) noexcept {
     while (document) {
         if (!(document->type & JSON_REFERENCE_FLAG)) {
-            // The children go in between the node and its next sibling: any depth becomes one
-            // chain.
+            // Inserting the children before the next sibling turns any depth into one chain.
             if (JsonNode *last = document->child) {
                 while (last->next) {
                     last = last->next;

@@ -1,5 +1,3 @@
-#include "json_parser/numbers.h"
-
 #include <cfloat>
 #include <climits>
 #include <clocale>
@@ -10,6 +8,7 @@
 
 #include "json_parser/nodes.h"
 
+namespace cloudagent {
 namespace {
 
 bool is_digit(char byte) noexcept { return byte >= '0' && byte <= '9'; }
@@ -21,7 +20,7 @@ const char *skip_digits(const char *at) noexcept {
     return at;
 }
 
-// From an opening quote to behind the closing one, or to the terminator.
+// From an opening quote to the end of the string, or of the text.
 const char *skip_string(const char *at) noexcept {
     do {
         ++at;
@@ -35,7 +34,7 @@ const char *skip_string(const char *at) noexcept {
     return at;
 }
 
-// One leading zero may stand before the digits, which begin with another digit than zero.
+// At most one leading zero, then digits that begin with 1 to 9.
 const char *uint64_end(const char *begin) noexcept {
     const char *const digits = *begin == '0' ? begin + 1 : begin;
     return *digits == '0' ? digits : skip_digits(digits);
@@ -57,8 +56,8 @@ const char *double_end(const char *begin) noexcept {
     return end;
 }
 
-// At most a rounding error above a whole number, and below 1e60. Without std::floor: for that one
-// call every process would load the mathematics library.
+// At most a rounding error above a whole number, and below 1e60. std::floor would make every
+// process load the mathematics library.
 bool nearly_whole(double value) noexcept {
     constexpr double kWholeFromHere = 1LL << 53;
     const double size = std::fabs(value);
@@ -81,7 +80,7 @@ int print_double(const JsonNode &node, char *text) noexcept {
     const bool plain = size >= 1e-6 && size <= 1e9;
     const int length = std::snprintf(text, kNumberSpace, plain ? "%.1f" : "%e", value);
     char &point = text[std::strspn(text, "+-0123456789einfa")];
-    point = point == '\0' ? '\0' : '.';  // in place of the locale's
+    point = point == '\0' ? '\0' : '.';  // replaces the locale's
     return length;
 }
 
@@ -98,7 +97,7 @@ const char *number_end(const char *begin, NumberMode mode) noexcept {
     return mode == NumberMode::kDouble ? double_end(begin) : uint64_end(begin);
 }
 
-void read_number(JsonNode &node, const char *begin, NumberMode mode, char *scratch) noexcept {
+void parse_number(JsonNode &node, const char *begin, NumberMode mode, char *scratch) noexcept {
     const char *const end = number_end(begin, mode);
     if (mode == NumberMode::kUint64) {
         node.type = JSON_KIND_UINT64;
@@ -111,7 +110,7 @@ void read_number(JsonNode &node, const char *begin, NumberMode mode, char *scrat
     std::memcpy(scratch, begin, length);
     scratch[length] = '\0';
     if (char *const point = std::strchr(scratch, '.')) {
-        *point = *std::localeconv()->decimal_point;  // the one strtod expects
+        *point = *std::localeconv()->decimal_point;  // strtod expects the locale's
     }
     set_number(node, std::strtod(scratch, nullptr));
 }
@@ -121,19 +120,12 @@ bool is_number_kind(int kind) noexcept {
 }
 
 std::size_t print_number(const JsonNode &node, char *text) noexcept {
-    int length = 0;
-    switch (kind_of(node)) {
-        case JSON_KIND_UINT32:
-            length =
-                std::snprintf(text, kNumberSpace, "%lu",
-                              static_cast<unsigned long>(static_cast<uint32_t>(node.valueint)));
-            break;
-        case JSON_KIND_UINT64:
-            length = std::snprintf(text, kNumberSpace, "%llu",
-                                   static_cast<unsigned long long>(node.valueulonglong));
-            break;
-        default:
-            length = print_double(node, text);
-    }
-    return static_cast<std::size_t>(length);
+    const int kind = kind_of(node);
+    const unsigned long long value =
+        kind == JSON_KIND_UINT32 ? static_cast<uint32_t>(node.valueint) : node.valueulonglong;
+    return static_cast<std::size_t>(kind == JSON_KIND_NUMBER
+                                        ? print_double(node, text)
+                                        : std::snprintf(text, kNumberSpace, "%llu", value));
 }
+
+}  // namespace cloudagent

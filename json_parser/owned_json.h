@@ -1,10 +1,11 @@
 // Owner of a parsed or built document.
-#ifndef CLOUDAGENT_JSON_PARSER_OWNED_JSON_H
-#define CLOUDAGENT_JSON_PARSER_OWNED_JSON_H
+#pragma once
 
 #include <memory>
 
 #include "json_parser/json_parser.h"
+
+namespace cloudagent {
 
 struct DeleteJson {
     void operator()(JsonNode *document) const noexcept { deleteJson(document); }
@@ -12,4 +13,4 @@ struct DeleteJson {
 
 using OwnedJson = std::unique_ptr<JsonNode, DeleteJson>;
 
-#endif
+}  // namespace cloudagent

@@ -1,12 +1,12 @@
-// cJSON judges the structure of a text in which every number is a plain 0. The numbers themselves
-// are read here, by the rule of the mode: cJSON knows no exact 64-bit integers, takes "1." and
-// "-.5" for numbers, and in some builds cuts a number after 63 bytes.
+// cJSON parses a copy of the text in which every number is a plain 0. The numbers are read here:
+// cJSON has no exact 64-bit integers, accepts "1." and "-.5", and may cut a number after 63 bytes.
 #include <cstddef>
 #include <cstring>
 #include <utility>
 
 #include "json_parser/nodes.h"
-#include "json_parser/numbers.h"
+
+using namespace cloudagent;
 
 namespace {
 
@@ -27,18 +27,13 @@ bool continues_number(char byte) noexcept {
 
 bool is_blank(char byte) noexcept { return byte >= 1 && byte <= ' '; }
 
-const char *skip_blanks(const char *at) noexcept {
-    while (is_blank(*at)) {
-        ++at;
-    }
-    return at;
-}
-
-// Writes a 0 over every number of the copy, padded with blanks. cJSON must stop where the mode
-// does: a byte behind a number that it would read as more of it is spoilt, and so is a "-" that the
-// mode does not read (alone at the top, a "-" counts as 0 in the uint64 mode).
+// Replaces every number of the copy by a 0, padded with blanks. Spoils a byte that only cJSON would
+// read as part of a number, and a "-" that the mode refuses (as a whole uint64 document, "-" is 0).
 void hide_numbers(const char *text, char *copy, NumberMode mode) noexcept {
-    const char *const top = skip_blanks(text);
+    const char *top = text;
+    while (is_blank(*top)) {
+        ++top;
+    }
     for (const char *at = find_number(text); *at != '\0'; at = find_number(at)) {
         const char *const end = number_end(at, mode);
         const bool is_number = end != at || (mode == NumberMode::kUint64 && at == top);
@@ -52,7 +47,7 @@ void hide_numbers(const char *text, char *copy, NumberMode mode) noexcept {
     }
 }
 
-// A copy for cJSON, spoilt where a text begins with a byte-order mark: cJSON would skip that.
+// The copy for cJSON. Spoils a byte-order mark, which cJSON would skip.
 CJsonText copy_for_cjson(const char *text, NumberMode mode) noexcept {
     CJsonText copy = copy_of(text);
     if (copy) {
@@ -64,14 +59,14 @@ CJsonText copy_for_cjson(const char *text, NumberMode mode) noexcept {
     return copy;
 }
 
-// Turns cJSON's tree into a document: takes over its texts and reads the numbers in their order.
+// Turns cJSON's tree into a document: moves its texts and reads the numbers in their order.
 class Converter {
   public:
     Converter(const char *text, NumberMode mode, char *scratch) noexcept
         : cursor_(text), mode_(mode), scratch_(scratch) {}
 
-    // Converts items and all that follow them and frees them on the way, so that each new node
-    // takes the memory of an item; without memory, what is left stays in items.
+    // Converts and frees items one by one, so that each node takes the memory of an item. Without
+    // memory the rest stays in items.
     OwnedJson convert(cJSON *&items) noexcept {
         JsonNode parent{};
         ChildAppender nodes(parent);
@@ -97,7 +92,7 @@ class Converter {
         node.valuestring = std::exchange(item.valuestring, nullptr);
         if (node.type == JSON_KIND_NUMBER) {
             const char *const begin = find_number(cursor_);
-            read_number(node, begin, mode_, scratch_);
+            parse_number(node, begin, mode_, scratch_);
             cursor_ = number_end(begin, mode_);
         } else {
             node.valueint = item.valueint;
@@ -111,11 +106,11 @@ class Converter {
 };
 
 JsonNode *fail_at(const char *position) noexcept {
-    cJSON_ParseWithLength(position, 0);  // fails there, and so puts cJSON's error position there
+    cJSON_ParseWithLength(position, 0);  // fails and sets cJSON's error position
     return nullptr;
 }
 
-// Whether "{" and "}" with nothing between them end there, where a key could have stood as well.
+// Whether an empty object ends there, where a key was possible.
 bool ends_empty_object(const char *text, std::ptrdiff_t end) noexcept {
     if (text[--end] != '}') {
         return false;
@@ -126,8 +121,8 @@ bool ends_empty_object(const char *text, std::ptrdiff_t end) noexcept {
     return end >= 0 && text[end] == '{';
 }
 
-// Where the parse of the copy failed. cJSON points behind a byte that stands where a key should
-// begin; that is so when the place stays the same with that byte spoilt and the rest cut off.
+// The place of the error in the copy. cJSON points one byte too far if a byte stands in place of a
+// key; then the place stays the same when that byte is spoilt and the rest is cut off.
 std::ptrdiff_t offending_byte(char *copy) noexcept {
     const std::ptrdiff_t at = cJSON_GetErrorPtr() - copy;
     if (at == 0 || is_blank(copy[at - 1]) || copy[at - 1] == '"' || ends_empty_object(copy, at)) {

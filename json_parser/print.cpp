@@ -1,10 +1,9 @@
-// cJSON prints: it is shown a tree of its own kind that borrows all texts, with every number as a
-// raw item.
+// cJSON prints a tree of its own items that borrow all texts, with every number as a raw item.
 #include <cstdint>
-#include <iterator>
 
 #include "json_parser/nodes.h"
-#include "json_parser/numbers.h"
+
+using namespace cloudagent;
 
 namespace {
 
@@ -16,7 +15,7 @@ struct Extent {
     std::size_t numbers;
 };
 
-// Adds up a tree; false when it is too deep.
+// Counts the nodes of a tree; false when it is too deep.
 bool measure(const JsonNode &node, int level, Extent &extent) noexcept {
     ++extent.items;
     extent.numbers += is_number_kind(kind_of(node)) ? 1 : 0;
@@ -53,8 +52,7 @@ class Mirror {
         cJSON *const item = next_item_++;
         *item = cJSON{};
         const int kind = kind_of(node);
-        item->type =
-            kind < static_cast<int>(std::size(kItemTypes)) ? kItemTypes[kind] : cJSON_Invalid;
+        item->type = kind <= JSON_KIND_UINT64 ? kItemTypes[kind] : cJSON_Invalid;
         item->string = node.string;
         item->valuestring = node.valuestring;
         if (is_number_kind(kind)) {

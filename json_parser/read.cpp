@@ -2,6 +2,8 @@
 
 #include "json_parser/nodes.h"
 
+using namespace cloudagent;
+
 namespace {
 
 char lower(char letter) noexcept {
@@ -16,7 +18,7 @@ bool same_name(const char *a, const char *b) noexcept {
     return lower(*a) == lower(*b);
 }
 
-// The member when it is of that kind, else null; *found tells which.
+// The member if it is of that kind, else null. Sets *found to 1 or 0.
 const JsonNode *find_kind(const JsonNode *object, const char *key, int kind, int *found) noexcept {
     const JsonNode *node = getJsonObjectForKey(object, key);
     if (node && kind_of(*node) != kind) {
@@ -57,7 +59,6 @@ JsonNode *getJsonArrayItem(const JsonNode *array, int index) noexcept {
 }
 
 JsonNode *getJsonChild(const JsonNode *node) noexcept { return node ? node->child : nullptr; }
-
 JsonNode *getJsonNext(const JsonNode *node) noexcept { return node ? node->next : nullptr; }
 
 char *getJsonStringValue(const JsonNode *node) noexcept {
@@ -65,7 +66,6 @@ char *getJsonStringValue(const JsonNode *node) noexcept {
 }
 
 int getJsonIntValue(const JsonNode *node) noexcept { return node ? node->valueint : 0; }
-
 double getJsonDoubleValue(const JsonNode *node) noexcept { return node ? node->valuedouble : 0.0; }
 
 char *getJsonStringValueForKey(const JsonNode *object, const char *key) noexcept {

@@ -4,6 +4,8 @@
 
 #include "json_parser/nodes.h"
 
+using namespace cloudagent;
+
 namespace {
 
 // The node's printed text without quotes and backslashes.
@@ -40,7 +42,7 @@ int compare(MemberGetter get, const JsonNode *object_a, const char *key_a, const
 JsonNode *initJsonRpcObject() noexcept {
     JsonNode *const root = createJsonObject();
     if (!root) {
-        // The words by which support knows this end of a process.
+        // Support knows the abort by this text.
         __assert_fail("((void *)0) != root", "json_parser.c", 387, "initJsonRpcObject");
     }
     addJsonStringToObject(root, "jsonrpc", "2.0");

@@ -6,31 +6,32 @@
 
 #include <cerrno>
 
+#include "base/owned.h"
 #include "cloud_http/endpoints.h"
 #include "cloud_http/upload_url.h"
 #include "log/log.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 int g_turn_lock_absent = 0;
 int g_http_initialised = 0;
 
 namespace {
 
-// An exclusive creation, so that of two runs started at the same instant only one goes on. It does
-// not follow a symlink that waits at the marker's place: that counts as a marker. The umask decides
-// about its mode, as for any new file.
-bool marker_exists(const char *marker) noexcept {
+// Creates the marker; false when it exists. O_EXCL makes the claim atomic: of two concurrent runs,
+// exactly one wins. A symlink counts as a marker.
+bool claim(const char *marker) noexcept {
     if (marker == nullptr) {
-        return false;
+        return true;
     }
     const OwnedDescriptor created(open(marker, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    return created.get() < 0 && errno == EEXIST;
+    return created.get() >= 0 || errno != EEXIST;
 }
 
 }  // namespace
 
 uint32_t start_processing(const char *marker) noexcept {
-    if (marker_exists(marker)) {
+    if (!claim(marker)) {
         return 1;
     }
     api_kdumps_server_get(KDUMPS_url);

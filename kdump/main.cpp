@@ -1,4 +1,4 @@
-// kdump KIND [ARG]: uploads one kind of diagnostic dump. Always exits 0; the log tells.
+// kdump KIND [ARG]: uploads one kind of diagnostic dump. Always exits 0; the log shows failures.
 #include <cstdio>
 #include <cstdlib>
 
@@ -7,9 +7,11 @@
 #include "log/log.h"
 #include "state/state_files.h"
 
+using namespace cloudagent;
+
 namespace {
 
-// Settings come from files and the local service; libraries and tools would read these as well.
+// Settings come from files and the local service only, but libraries and tools read these.
 constexpr const char *kForgottenVariables[] = {
     "http_proxy",  "https_proxy",  "HTTPS_PROXY",     "all_proxy",   "ALL_PROXY",
     "no_proxy",    "NO_PROXY",     "SSLKEYLOGFILE",   "HOSTALIASES", "LOCALDOMAIN",
@@ -18,7 +20,7 @@ constexpr const char *kForgottenVariables[] = {
 }  // namespace
 
 int main(int argc, char **argv) {
-    // libcurl writes its trace in pieces: a line then takes one write, not one for each of them.
+    // libcurl writes a line of its trace in pieces; line buffering makes that one write.
     static char trace_lines[1024];
     (void)std::setvbuf(stderr, trace_lines, _IOLBF, sizeof trace_lines);
     for (const char *variable : kForgottenVariables) {
@@ -30,13 +32,13 @@ int main(int argc, char **argv) {
 
     const char *const word = argc >= 2 ? argv[1] : nullptr;
     if (word == nullptr) {
-        cloud_log("%s %d argv[1] = NULL\n", kProgramSpeaker, 640);
+        cloud_log("%s %d argv[1] = NULL\n", __func__, 640);
         return 0;
     }
     const char *const argument = argc >= 3 ? argv[2] : "";
     const DumpKind *const kind = find_dump_kind(word, argument);
     if (kind == nullptr) {
-        cloud_log("%s %d\n", kProgramSpeaker, 1491);
+        cloud_log("%s %d\n", __func__, 1491);
         return 0;
     }
     run_upload_job(*kind, argument);

@@ -14,10 +14,7 @@ int g_turn_held = 0;
 
 namespace {
 
-constexpr const char *kClaim = "api_get_cloudwtpflag";
-
-// Not through somebody else's link: what is claimed and emptied is a file of /tmp, not where they
-// like.
+// Refuses another user's symlink: this file gets truncated.
 int open_turn_file() noexcept {
     constexpr const char *kPath = "/tmp/cloudwtpflag";
     constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC;
@@ -29,7 +26,7 @@ int open_turn_file() noexcept {
     return opened;
 }
 
-// The turn file, open and locked; closing it gives the lock back.
+// The open turn file; unlocked and closed at the end of its scope.
 class TurnFile {
   public:
     TurnFile() noexcept : descriptor_(open_turn_file()) {}
@@ -44,7 +41,7 @@ class TurnFile {
     TurnFile(const TurnFile &) = delete;
     TurnFile &operator=(const TurnFile &) = delete;
 
-    // A failed opening is negative and shows up as a failed lock; only 0 counts as not opened.
+    // Intentional quirk: 0 counts as not opened, and a failed open shows as a failed lock.
     bool opened() const noexcept { return descriptor_ != 0; }
     bool lock() noexcept { return locked_ = flock(descriptor_, LOCK_EX) == 0; }
     int descriptor() const noexcept { return descriptor_; }
@@ -54,9 +51,9 @@ class TurnFile {
     bool locked_ = false;
 };
 
-int grant(int site) noexcept {
+int grant(int id) noexcept {
     g_turn_held = 1;
-    cloud_log("api_get_cloudwtpflag OK %d\n\n", site);
+    cloud_log("api_get_cloudwtpflag OK %d\n\n", id);
     return 0;
 }
 
@@ -84,7 +81,7 @@ int api_get_cloudwtpflag() noexcept {
     if (std::strcmp(word, "zorbcon") == 0) {
         return grant(510);
     }
-    cloud_log("api_get_cloudwtpflag not my turn, buf \"%s\" func %s line %d\n\n", word, kClaim,
+    cloud_log("api_get_cloudwtpflag not my turn, buf \"%s\" func %s line %d\n\n", word, __func__,
               516);
     return -1;
 }

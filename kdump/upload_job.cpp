@@ -6,15 +6,16 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/fixed_text.h"
 #include "cloud_http/file_upload.h"
 #include "cloud_http/upload_url.h"
 #include "kdump/job_guard.h"
 #include "log/log.h"
-#include "support/fixed_text.h"
 
+namespace cloudagent {
 namespace {
 
-constexpr const char *kSpeaker = kProgramSpeaker;
+constexpr const char *kFunction = "main";
 constexpr int kMostRequests = 4;
 constexpr unsigned kRequestPauseSeconds = 10;
 
@@ -25,18 +26,13 @@ void release_upload_url() noexcept {
     g_upload_url = nullptr;
 }
 
-void remove_file(const char *path, int site) noexcept {
+void remove_file(const char *path, int id) noexcept {
     if (unlink(path) == 0) {
-        cloud_log("%s %d unlink %s\n\n", kSpeaker, site, path);
+        cloud_log("%s %d unlink %s\n\n", kFunction, id, path);
     }
 }
 
-void run_command(const char *command) noexcept {
-    // NOLINTNEXTLINE(cert-env33-c): a row's command is shell text
-    [[maybe_unused]] const int result = std::system(command);
-}
-
-// A reply without a URL leaves the earlier one in use, so that is freed only once it is replaced.
+// A reply without a URL leaves the earlier one in use; a new one replaces it.
 bool request_upload_url(const char *body) noexcept {
     for (int tries = 1;; ++tries) {
         char *const earlier = g_upload_url;
@@ -54,84 +50,87 @@ bool request_upload_url(const char *body) noexcept {
     }
 }
 
-// In a shared /tmp somebody else can have put a link, a file or a FIFO at the copy's place, and the
-// copy would follow it out of /tmp, or become theirs. This user's own file or FIFO stays.
-void clear_place_of_copy(const DumpFile &file, const char *argument) noexcept {
-    if (file.uploaded == nullptr && std::strchr(argument, '/') != nullptr) {
-        return;  // not a place in /tmp itself
-    }
-    WorkBuffer place;
-    place.format(file.uploaded != nullptr ? file.uploaded : "/tmp/%s", argument);
+bool has(const DumpFile &file, FileOption option) noexcept { return (file.options & option) != 0; }
+
+// In a shared /tmp another user may have put a link, a file or a FIFO at the copy's place: cp would
+// follow it out of /tmp or write into their file. This user's own file or FIFO stays.
+void clear_place_of_copy(const char *copy) noexcept {
     struct stat found = {};
-    if (lstat(place.c_str(), &found) != 0 || S_ISDIR(found.st_mode)) {
+    if (lstat(copy, &found) != 0 || S_ISDIR(found.st_mode)) {
         return;
     }
     if (S_ISLNK(found.st_mode) || found.st_uid != geteuid()) {
-        unlink(place.c_str());
+        unlink(copy);
     }
 }
 
-void stage(const DumpFile &file, const char *argument, WorkBuffer &work) noexcept {
-    work.format(file.staging_command, argument, argument);
-    if (file.sites.command != 0) {
-        cloud_log("%s %d cmd %s\n", kSpeaker, file.sites.command, work.c_str());
+void make_copy(const DumpFile &file, const char *argument, WorkBuffer &work) noexcept {
+    WorkBuffer dump;
+    WorkBuffer copy;
+    dump.format(file.dump, argument);
+    copy.format(file.copy, argument);
+    work.format(file.command, dump.c_str(), copy.c_str());
+    if (file.ids.command != 0) {
+        cloud_log("%s %d cmd %s\n", kFunction, file.ids.command, work.c_str());
     }
-    clear_place_of_copy(file, argument);
-    run_command(work.c_str());
+    if (std::strrchr(copy.c_str(), '/') == copy.c_str() + std::strlen("/tmp")) {
+        clear_place_of_copy(copy.c_str());
+    }
+    // NOLINTNEXTLINE(cert-env33-c): a row's command is shell text
+    [[maybe_unused]] const int result = std::system(work.c_str());
 }
 
 void format_body(const DumpFile &file, const char *argument, WorkBuffer &work) noexcept {
     WorkBuffer name;
-    name.format(file.json_name, argument);
+    name.format(file.name, argument);
     work.format(R"({"filename": "%s"})", name.c_str());
-    if (file.sites.body != 0) {
-        cloud_log("%s %d cmd %s\n", kSpeaker, file.sites.body, work.c_str());
-    }
-}
-
-void log_requested(const DumpFile &file) noexcept {
-    if (file.requested_names_source) {
-        cloud_log("%s %d api_TFA_post %s finish\n", kSpeaker, file.sites.requested, file.source);
-    } else {
-        cloud_log("%s %d api_TFA_post finish\n", kSpeaker, file.sites.requested);
+    if (file.ids.body != 0) {
+        cloud_log("%s %d cmd %s\n", kFunction, file.ids.body, work.c_str());
     }
 }
 
 void upload(const DumpFile &file, const char *work) noexcept {
-    const char *const path = file.uploaded != nullptr ? file.uploaded : work;
-    if (api_TFA_post_FILE(path, g_upload_url, file.flag) != 0) {
-        cloud_log("%s %d post %s fail\n\n", kSpeaker, file.sites.upload_failed,
-                  file.named_in_failure != nullptr ? file.named_in_failure : work);
-        release_upload_url();  // a next file must not be sent to a URL that has failed
+    const char *const dump = has(file, kSendsCommand) ? work : file.dump;
+    const char *const copy = has(file, kSendsCommand) ? work : file.copy;
+    if (api_TFA_post_FILE(copy, g_upload_url, file.flag) != 0) {
+        cloud_log("%s %d post %s fail\n\n", kFunction, file.ids.upload_failed,
+                  has(file, kFailureNamesCopy) ? copy : dump);
+        release_upload_url();  // the next file must not go to a URL that has failed
         return;
     }
-    remove_file(file.removed != nullptr ? file.removed : work, file.sites.removed);
-    if (file.reboots_after_upgrade && access("/tmp/upgrade_finish", F_OK) == 0) {
-        run_command("reboot;");
+    remove_file(dump, file.ids.removed);
+    if (has(file, kRebootAfterUpgrade) && access("/tmp/upgrade_finish", F_OK) == 0) {
+        // NOLINTNEXTLINE(cert-env33-c): the device's shell knows the command
+        [[maybe_unused]] const int result = std::system("reboot;");
     }
 }
 
-// False when no upload URL could be had, which ends the job.
+// False when the URL request failed, which ends the job.
 bool send_file(const DumpKind &kind, const DumpFile &file, const char *argument) noexcept {
-    if (file.source != nullptr && access(file.source, F_OK) != 0) {
+    if (has(file, kMayBeAbsent) && access(file.dump, F_OK) != 0) {
         return true;
     }
-    if (file.sites.early != 0) {
-        cloud_log("%s %d api_TFA_post finish\n", kSpeaker, file.sites.early);
+    if (file.ids.early != 0) {
+        cloud_log("%s %d api_TFA_post finish\n", kFunction, file.ids.early);
     }
     WorkBuffer work;
-    if (file.staging == Staging::kBeforeRequest) {
-        stage(file, argument, work);
+    const bool copies = file.command != nullptr;
+    if (copies && has(file, kCopyFirst)) {
+        make_copy(file, argument, work);
     }
     format_body(file, argument, work);
     if (!request_upload_url(work.c_str())) {
-        cloud_log("%s %d post data fail\n\n", kSpeaker, file.sites.request_failed);
-        remove_file(kind.marker, file.sites.marker_removed);
+        cloud_log("%s %d post data fail\n\n", kFunction, file.ids.request_failed);
+        remove_file(kind.marker, file.ids.marker_removed);
         return false;
     }
-    log_requested(file);
-    if (file.staging == Staging::kAfterRequest) {
-        stage(file, argument, work);
+    if (has(file, kRequestNamesDump)) {
+        cloud_log("%s %d api_TFA_post %s finish\n", kFunction, file.ids.requested, file.dump);
+    } else {
+        cloud_log("%s %d api_TFA_post finish\n", kFunction, file.ids.requested);
+    }
+    if (copies && !has(file, kCopyFirst)) {
+        make_copy(file, argument, work);
     }
     upload(file, work.c_str());
     return true;
@@ -139,30 +138,32 @@ bool send_file(const DumpKind &kind, const DumpFile &file, const char *argument)
 
 void end_job(const DumpKind &kind) noexcept {
     release_upload_url();
-    if (unlink(kind.marker) != 0) {
-        if (kind.sites.marker_kept != 0) {
-            cloud_log("%s %d unlink %s Fail\n\n", kSpeaker, kind.sites.marker_kept, kind.marker);
-        }
-    } else if (kind.sites.marker_removed != 0) {
-        cloud_log("%s %d unlink %s\n\n", kSpeaker, kind.sites.marker_removed, kind.marker);
+    const bool removed = unlink(kind.marker) == 0;
+    if (removed && kind.ids.marker_removed != 0) {
+        cloud_log("%s %d unlink %s\n\n", kFunction, kind.ids.marker_removed, kind.marker);
     }
-    if (kind.sites.end != 0) {
-        cloud_log("%s %d\n", kSpeaker, kind.sites.end);
+    if (!removed && kind.ids.marker_kept != 0) {
+        cloud_log("%s %d unlink %s Fail\n\n", kFunction, kind.ids.marker_kept, kind.marker);
+    }
+    if (kind.ids.end != 0) {
+        cloud_log("%s %d\n", kFunction, kind.ids.end);
     }
 }
 
 }  // namespace
 
 void run_upload_job(const DumpKind &kind, const char *argument) noexcept {
-    cloud_log("%s %d %s\n\n", kSpeaker, kind.sites.announced, kind.word);
+    cloud_log("%s %d %s\n\n", kFunction, kind.ids.announced, kind.word);
     if (start_processing(kind.marker) == 1) {
-        cloud_log("%s %d %s already processing, exit\n\n", kSpeaker, kind.sites.busy, kind.marker);
+        cloud_log("%s %d %s already processing, exit\n\n", kFunction, kind.ids.busy, kind.marker);
         return;
     }
-    for (const DumpFile *file : kind.files) {
-        if (file != nullptr && !send_file(kind, *file, argument)) {
+    for (const DumpFile &file : kind.files) {
+        if (file.name != nullptr && !send_file(kind, file, argument)) {
             return;
         }
     }
     end_job(kind);
 }
+
+}  // namespace cloudagent

@@ -1,14 +1,12 @@
-// The one engine that runs a row of the table of dump kinds.
-#ifndef CLOUDAGENT_KDUMP_UPLOAD_JOB_H
-#define CLOUDAGENT_KDUMP_UPLOAD_JOB_H
+// Runs one row of the table of dump kinds.
+#pragma once
 
 #include "kdump/dump_kinds.h"
 
-// The name under which the program's own log lines speak.
-constexpr const char *kProgramSpeaker = "main";
+namespace cloudagent {
 
-// Guards against a second run, then stages, requests, uploads and cleans up file by file.
-// argument: the program's second argument, "" where there is none.
+// Claims the kind's marker; then copies, requests a URL for and uploads each file; then cleans up.
+// argument: the program's second argument, or "".
 void run_upload_job(const DumpKind &kind, const char *argument) noexcept;
 
-#endif
+}  // namespace cloudagent

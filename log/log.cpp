@@ -9,8 +9,10 @@
 #include <cstring>
 #include <ctime>
 
-#include "support/bare_format.h"
-#include "support/owned.h"
+#include "base/bare_format.h"
+#include "base/owned.h"
+
+using namespace cloudagent;
 
 uint32_t g_console_debug = 0;
 uint32_t g_file_log = 0;
@@ -19,7 +21,7 @@ char g_log_path[128] = "";
 namespace {
 
 constexpr const char *kConsole = "/dev/console";
-constexpr std::size_t kStampSpace = 32;  // "[", the time, "]", the terminator, and a few to spare
+constexpr std::size_t kStampSpace = 32;  // "[", the time, "]", a NUL and a few to spare
 
 OwnedText finished_line(const char *format, std::va_list arguments) noexcept {
     const std::time_t now = std::time(nullptr);
@@ -36,7 +38,7 @@ OwnedText finished_line(const char *format, std::va_list arguments) noexcept {
         return nullptr;
     }
     char stamp[64];
-    tzset();  // as ctime does: a long-running agent follows a change of the time zone
+    tzset();  // ctime_r alone would miss a change of the time zone
     const char *const time_text = ctime_r(&now, stamp);
     const int written = std::snprintf(line.get(), size, "[%s", time_text ? time_text : "\n");
     const auto start = static_cast<std::size_t>(written);
@@ -75,9 +77,8 @@ void write_to_file(const char *line) noexcept {
 
 }  // namespace
 
-// Most devices run with both sinks off: then a line must cost next to nothing. So this function
-// holds no buffer and needs no guard of its own; the work is done, guarded, in write_line. It lies
-// at the start of a cache line, so that a processor fetches it in one piece.
+// With both sinks off, as on most devices, a line must cost next to nothing: write_line does the
+// work, so that this function needs no stack guard. It fits one cache line.
 __attribute__((no_stack_protector, aligned(64))) void cloud_log(const char *format, ...) noexcept {
     if (__builtin_expect(g_console_debug | g_file_log, 0) != 0) {
         std::va_list arguments;

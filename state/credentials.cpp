@@ -2,10 +2,12 @@
 
 #include <cstring>
 
+#include "base/fixed_text.h"
 #include "log/log.h"
 #include "state/device_identity.h"
 #include "state/one_value_file.h"
-#include "support/fixed_text.h"
+
+using namespace cloudagent;
 
 namespace {
 
@@ -28,18 +30,15 @@ enum class BoundWord { kRead, kNoFile, kOtherDevice };
 
 BoundWord get_bound_word(const char *path, char *out) noexcept {
     Word word;
-    if (!read_value(path, "%127s", word.data())) {
+    if (read_word(path, word.data(), Word::size()) == FileValue::kNoFile) {
         return BoundWord::kNoFile;
     }
+    const std::size_t length = word.length();
     const std::size_t suffix = std::strlen(sys_mac_addr_compact);
-    if (word.length() < suffix) {
+    if (length < suffix || std::strcmp(word.c_str() + length - suffix, sys_mac_addr_compact) != 0) {
         return BoundWord::kOtherDevice;
     }
-    const std::size_t value = word.length() - suffix;
-    if (std::strcmp(word.c_str() + value, sys_mac_addr_compact) != 0) {
-        return BoundWord::kOtherDevice;
-    }
-    std::memcpy(out, word.c_str(), value);
+    std::memcpy(out, word.c_str(), length - suffix);
     return BoundWord::kRead;
 }
 
@@ -48,7 +47,7 @@ BoundWord get_bound_word(const char *path, char *out) noexcept {
 int api_omcloud_seqno_get(int32_t *value) noexcept {
     int32_t unused = 0;
     int32_t *const number = value != nullptr ? value : &unused;
-    if (!read_value(kSeqnoFile, "%d", number)) {
+    if (read_number(kSeqnoFile, number) == FileValue::kNoFile) {
         *number = 1;
         return 1;
     }
@@ -65,7 +64,6 @@ int api_omcloud_seqno_set(int32_t value) noexcept {
 }
 
 int api_key_set(const char *key) noexcept { return set_bound_word(kKeyFile, key); }
-
 int api_secret_set(const char *secret) noexcept { return set_bound_word(kSecretFile, secret); }
 
 int api_key_get(char *out) noexcept {

@@ -1,5 +1,4 @@
-// The digest context of the public interface is OpenSSL's SHA256_CTX, whose functions OpenSSL 3
-// marks as deprecated; only the calls of this file may use them without a warning.
+// The public interface uses SHA256_CTX, whose functions OpenSSL 3 deprecates.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include "state/digest.h"
@@ -22,11 +21,7 @@ namespace {
 constexpr std::size_t kBlock = sizeof hmac_ipad;
 
 void start_hash(SHA256_CTX *context, bool sha224) noexcept {
-    if (sha224) {
-        SHA224_Init(context);
-    } else {
-        SHA256_Init(context);
-    }
+    (sha224 ? SHA224_Init : SHA256_Init)(context);
 }
 
 }  // namespace

@@ -3,15 +3,34 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "support/owned.h"
+#include "base/fixed_text.h"
+#include "base/owned.h"
 
-bool read_value(const char *path, const char *conversion, void *value) noexcept {
+namespace cloudagent {
+namespace {
+
+FileValue read_one(const char *path, const char *conversion, void *value) noexcept {
     const OwnedFile file(std::fopen(path, "r"));
     if (!file) {
-        return false;
+        return FileValue::kNoFile;
     }
-    [[maybe_unused]] const int converted = std::fscanf(file.get(), conversion, value);
-    return true;
+    return std::fscanf(file.get(), conversion, value) == 1 ? FileValue::kRead : FileValue::kNone;
+}
+
+}  // namespace
+
+FileValue read_number(const char *path, int32_t *number) noexcept {
+    return read_one(path, "%d", number);
+}
+
+FileValue read_number(const char *path, uint32_t *number) noexcept {
+    return read_one(path, "%u", number);
+}
+
+FileValue read_word(const char *path, char *word, std::size_t size) noexcept {
+    FixedText<32> conversion;
+    conversion.format("%%%zus", size - 1);
+    return read_one(path, conversion.c_str(), word);
 }
 
 bool write_value(const char *path, const char *format, ...) noexcept {
@@ -25,3 +44,5 @@ bool write_value(const char *path, const char *format, ...) noexcept {
     va_end(arguments);
     return true;
 }
+
+}  // namespace cloudagent

@@ -1,16 +1,25 @@
-// Files that hold one value as text: opened, read or written with one conversion, and closed at
-// once.
-#ifndef CLOUDAGENT_STATE_ONE_VALUE_FILE_H
-#define CLOUDAGENT_STATE_ONE_VALUE_FILE_H
+// Files that hold one value as text. Each call opens, reads or writes, and closes the file.
+#pragma once
 
-// Reads one conversion into value. False when the file cannot be opened. A file that opens but
-// holds nothing readable is a success that leaves value as it was. Texts need a width in their
-// conversion.
-bool read_value(const char *path, const char *conversion, void *value) noexcept;
+#include <cstddef>
+#include <cstdint>
 
-// Truncates or creates the file and writes one value. False when it cannot be opened; what happens
-// to the bytes after that is not examined.
+namespace cloudagent {
+
+enum class FileValue {
+    kNoFile,  // the file cannot be opened; the variable is unchanged
+    kNone,    // the file holds no such value; the variable is unchanged
+    kRead
+};
+
+FileValue read_number(const char *path, int32_t *number) noexcept;
+FileValue read_number(const char *path, uint32_t *number) noexcept;
+
+// Reads the first word, at most size - 1 characters of it, and terminates it.
+FileValue read_word(const char *path, char *word, std::size_t size) noexcept;
+
+// Replaces the file's content. False when it cannot be opened; a failed write goes unnoticed.
 bool write_value(const char *path, const char *format, ...) noexcept
     __attribute__((format(printf, 2, 3)));
 
-#endif
+}  // namespace cloudagent

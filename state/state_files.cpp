@@ -3,10 +3,12 @@
 #include <cstdio>
 #include <cstring>
 
-#include "config/deployment.h"
+#include "base/fixed_text.h"
+#include "base/owned.h"
+#include "deployment.h"
 #include "state/one_value_file.h"
-#include "support/fixed_text.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 #define SETTINGS "/mnt/data/iss_config/current_config/"
 #define STATUS "/tmp/app/cloud_tmp/"
@@ -17,7 +19,7 @@
 
 namespace {
 
-// The deployment's host names are settings of any length; the callers' buffers are not.
+// Callers' buffers have 256 bytes; the deployment's host names may be longer.
 using TextBuffer = FixedText<256>;
 
 constexpr uint32_t kDone = 0;
@@ -27,7 +29,7 @@ uint32_t get_text(const char *path, char *value, const char *fallback) noexcept 
     if (value == nullptr) {
         return kRefused;
     }
-    if (!read_value(path, "%255s", value) && fallback != nullptr) {
+    if (read_word(path, value, TextBuffer::size()) == FileValue::kNoFile && fallback != nullptr) {
         TextBuffer text;
         text.format("%s", fallback);
         std::memcpy(value, text.c_str(), text.length() + 1);
@@ -45,28 +47,27 @@ uint32_t set_text(const char *path, const char *value) noexcept {
 }
 
 template <class Number>
-uint32_t get_number(const char *path, const char *conversion, Number *value,
-                    Number fallback) noexcept {
-    if (value != nullptr && !read_value(path, conversion, value)) {
+uint32_t get_number(const char *path, Number *value, Number fallback) noexcept {
+    if (value != nullptr && read_number(path, value) == FileValue::kNoFile) {
         *value = fallback;
     }
     return kDone;
 }
 
-// The readable values end below limit; the others read as beyond_limit.
+// A value of limit or more reads as beyond_limit.
 uint32_t get_limited(const char *path, uint32_t *value, uint32_t fallback, uint32_t limit,
                      uint32_t beyond_limit) noexcept {
-    get_number(path, "%u", value, fallback);
+    get_number(path, value, fallback);
     if (value != nullptr && *value >= limit) {
         *value = beyond_limit;
     }
     return kDone;
 }
 
-// A switch that comes into being, switched on, the first time it is read.
+// A switch whose missing file is created, switched on.
 uint32_t get_lasting_switch(const char *path, uint32_t *value) noexcept {
     uint32_t current = value != nullptr ? *value : 1;
-    if (!read_value(path, "%u", &current)) {
+    if (read_number(path, &current) == FileValue::kNoFile) {
         current = 1;
         write_value(path, "%u", current);
     }
@@ -78,7 +79,7 @@ uint32_t get_lasting_switch(const char *path, uint32_t *value) noexcept {
 
 }  // namespace
 
-// Accessors of the usual shapes: a row a state file. A null fallback leaves the buffer untouched.
+// One accessor or pair per row. A null fallback leaves the caller's buffer untouched.
 #define TEXT_GETTER(getter, path, fallback) \
     uint32_t getter(char *value) noexcept { return get_text(path, value, fallback); }
 #define TEXT_SETTER(setter, path) \
@@ -87,10 +88,8 @@ uint32_t get_lasting_switch(const char *path, uint32_t *value) noexcept {
     TEXT_GETTER(getter, path, fallback)           \
     TEXT_SETTER(setter, path)
 // NOLINTBEGIN(bugprone-macro-parentheses): a type takes none
-#define NUMBER_GETTER(getter, Number, conversion, path, fallback)     \
-    uint32_t getter(Number *value) noexcept {                         \
-        return get_number<Number>(path, conversion, value, fallback); \
-    }
+#define NUMBER_GETTER(getter, Number, path, fallback) \
+    uint32_t getter(Number *value) noexcept { return get_number<Number>(path, value, fallback); }
 // NOLINTEND(bugprone-macro-parentheses)
 #define NUMBER_SETTER(setter, Number, conversion, path)                 \
     uint32_t setter(Number value) noexcept {                            \
@@ -107,11 +106,11 @@ LIMITED_GETTER(api_cloud_debug_get, SETTINGS "cloud_debug", 0, 3, 0)
 LASTING_SWITCH_GETTER(api_cloud_RenewDHCP_get, SETTINGS "cloud_RenewDHCP")
 LASTING_SWITCH_GETTER(api_cloud_DetectDNS_get, SETTINGS "cloud_DetectDNS")
 LIMITED_GETTER(api_cloud_etcd_get, SETTINGS "cloud_etcd", 1, 1, 1)
-NUMBER_GETTER(api_cloud_fw_upgrade_flag_get, int32_t, "%d", STATUS "cloud_fw_upgrade_flag_file", 0)
+NUMBER_GETTER(api_cloud_fw_upgrade_flag_get, int32_t, STATUS "cloud_fw_upgrade_flag_file", 0)
 TEXT_SETTER(api_cloud_config_number_set, CONFIG_NUMBER)
 TEXT_FILE(api_checkin_host_get, api_checkin_host_set, STATUS "checkin_file", CLOUD_CHECKIN_HOST)
 TEXT_FILE(api_checkin_path_get, api_checkin_path_set, STATUS "checkinStr_file", "/checkin")
-NUMBER_GETTER(api_checkin_interval_get, int32_t, "%d", CHECKIN_INTERVAL, 300)
+NUMBER_GETTER(api_checkin_interval_get, int32_t, CHECKIN_INTERVAL, 300)
 NUMBER_SETTER(api_checkin_interval_set, int32_t, "%d", CHECKIN_INTERVAL)
 TEXT_FILE(api_checkin_status_get, api_checkin_status_set, STATUS "checkinStatus", nullptr)
 TEXT_FILE(api_fallback_host_get, api_fallback_host_set, STATUS "fallback_file", CLOUD_CHECKIN_HOST)
@@ -124,10 +123,10 @@ TEXT_FILE(api_quenta_server_get, api_quenta_server_set, STATUS "quenta_server_fi
 NUMBER_SETTER(api_quenta_server_port_set, uint32_t, "%u", QUENTA_PORT)
 TEXT_GETTER(api_etcd_url_get, ETCD_URL, "https://" CLOUD_CATALOGUE_HOST "/v1/kv/services?recurse=1")
 
-// The others differ by what they return, or by what they write.
+// The other accessors: their result or their file differs from the usual.
 
 uint32_t api_cloud_fw_upgrade_status_get(uint32_t *value) noexcept {
-    get_number<uint32_t>(STATUS "cloud_fw_upgrade_status_file", "%u", value, 0);
+    get_number<uint32_t>(STATUS "cloud_fw_upgrade_status_file", value, 0);
     return value != nullptr ? *value : 0;
 }
 
@@ -137,7 +136,7 @@ uint32_t api_cloud_config_number_get(char *value) noexcept {
 }
 
 uint32_t api_quenta_server_port_get(uint32_t *value) noexcept {
-    return value != nullptr ? get_number<uint32_t>(QUENTA_PORT, "%u", value, 443) : kRefused;
+    return value != nullptr ? get_number<uint32_t>(QUENTA_PORT, value, 443) : kRefused;
 }
 
 uint32_t api_etcd_url_set(const char *value) noexcept {
@@ -151,7 +150,7 @@ uint32_t api_sorvane_list_set(char (*entries)[256], int count, const char *selec
         return kRefused;
     }
     for (int i = 0; entries != nullptr && i < count; ++i) {
-        TextBuffer entry;  // a slot without a terminator ends with the slot
+        TextBuffer entry;  // a slot may lack a terminator
         entry.format("%.*s", static_cast<int>(TextBuffer::size()), entries[i]);
         const bool marked = selected != nullptr && std::strcmp(entry.c_str(), selected) == 0;
         (void)std::fprintf(file.get(), "%s%s\n", marked ? "*" : "", entry.c_str());

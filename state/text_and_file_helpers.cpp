@@ -3,9 +3,11 @@
 
 #include <cctype>
 
+#include "base/owned.h"
 #include "log/log.h"
 #include "state/digest.h"
-#include "support/owned.h"
+
+using namespace cloudagent;
 
 namespace {
 

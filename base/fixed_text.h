@@ -1,11 +1,12 @@
-// Text in a buffer of fixed size: what does not fit is cut, and it is always terminated.
-#ifndef CLOUDAGENT_SUPPORT_FIXED_TEXT_H
-#define CLOUDAGENT_SUPPORT_FIXED_TEXT_H
+// Text in a buffer of fixed size: cut to fit, always terminated.
+#pragma once
 
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+
+namespace cloudagent {
 
 template <std::size_t Size>
 class FixedText {
@@ -41,4 +42,4 @@ class FixedText {
     char buffer_[Size] = {};
 };
 
-#endif
+}  // namespace cloudagent

@@ -1,12 +1,13 @@
-// Owners of C handles: each releases its handle once, at the end of its scope.
-#ifndef CLOUDAGENT_SUPPORT_OWNED_H
-#define CLOUDAGENT_SUPPORT_OWNED_H
+// Owners of C handles: each releases its handle at the end of its scope.
+#pragma once
 
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+
+namespace cloudagent {
 
 struct FreeText {
     void operator()(char *text) const noexcept { std::free(text); }
@@ -37,4 +38,4 @@ class OwnedDescriptor {
     int descriptor_;
 };
 
-#endif
+}  // namespace cloudagent
