@@ -1,4 +1,4 @@
-// Which files of a folder are opened, and how they are closed, while the object lives.
+// Records which files of a folder are opened, and how they are closed.
 #pragma once
 
 #include <sys/inotify.h>
@@ -21,8 +21,8 @@ class OpenWatch {
     OpenWatch(const OpenWatch &) = delete;
     OpenWatch &operator=(const OpenWatch &) = delete;
 
-    // In order, for example "open seqno_file", "read seqno_file": the second is its closing, with
-    // what it had been opened for.
+    // In order, for example "open seqno_file", "read seqno_file": the second is the closing of a
+    // file that was opened for reading.
     std::vector<std::string> seen() const {
         std::vector<std::string> all;
         alignas(inotify_event) char events[4096];

@@ -1,4 +1,4 @@
-// What a piece of work writes to standard output.
+// Captures what a function writes to standard output.
 #pragma once
 
 #include <sys/mman.h>

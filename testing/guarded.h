@@ -16,16 +16,16 @@ class Guarded {
     char *data() { return all_.data() + kCanary; }
     unsigned char *bytes() { return reinterpret_cast<unsigned char *>(data()); }
 
-    // As a caller hands it over: holding this text.
+    // Fills it as a caller does who hands over this text.
     void set(const std::string &text) {
         std::copy(text.begin(), text.end(), data());
         data()[text.size()] = '\0';
     }
 
-    // The first `count` bytes, whatever they are.
+    // The first `count` bytes.
     std::string first(std::size_t count) { return {data(), count}; }
 
-    // From this place on nothing was written, and nothing before the buffer either.
+    // Nothing was written from this place on, nor before the buffer.
     bool untouched_from(std::size_t place) {
         const auto is_fresh = [](char c) { return c == kUntouched; };
         return std::all_of(all_.begin(), all_.begin() + kCanary, is_fresh) &&

@@ -1,4 +1,4 @@
-// How many files this process holds open.
+// The number of files that this process holds open.
 #pragma once
 
 #include <filesystem>

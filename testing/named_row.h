@@ -1,4 +1,4 @@
-// Rows of parametrised tests: a row's name is the test's name and stands for the row in messages.
+// Rows of parametrised tests: a row's name is the test's name, and messages show it.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "log/log.h"
-#include "world_test.h"
+#include "testing/world_test.h"
 
 class LoggedTest : public world::WorldTest {
   protected:
@@ -17,7 +17,7 @@ class LoggedTest : public world::WorldTest {
         g_log_path[0] = '\0';
     }
 
-    // What was logged since the last call, without the time stamps.
+    // The log since the last call, without time stamps.
     std::string logged() {
         std::string lines = console.text_without_stamps();
         console.clear();
