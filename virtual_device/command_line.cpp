@@ -1,7 +1,14 @@
-#include "command_line.h"
+#include "virtual_device/command_line.h"
 
-#include <algorithm>
 #include <filesystem>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "testing/private_world.h"
+#include "testing/shown_folders.h"
+
+namespace fs = std::filesystem;
 
 namespace world {
 namespace {
@@ -19,6 +26,21 @@ std::string quoted(const std::string &word) {
     return text + "'";
 }
 
+// The folder of the machine asked for, empty without one.
+std::string machine_folder(const CommonOptions &common) {
+    if (common.machine.empty()) {
+        return "";
+    }
+    const bool is_path = common.machine.find('/') != std::string::npos;
+    const fs::path folder = is_path ? fs::absolute(common.machine)
+                                    : fs::path(inside(MACHINES)) / ("machine-" + common.machine);
+    if (!fs::exists(folder / "qemu") || !fs::exists(folder / "root.cpio")) {
+        throw std::runtime_error("there is no machine in " + folder.string() +
+                                 (is_path ? "" : ": script/bootstrap --machine makes it"));
+    }
+    return folder.string();
+}
+
 }  // namespace
 
 Scenario chosen_scenario(const CommonOptions &common) {
@@ -30,22 +52,31 @@ Scenario chosen_scenario(const CommonOptions &common) {
     return scenario;
 }
 
-std::string kdump_command(const CommonOptions &common) {
-    const bool is_path =
-        common.kdump.find(' ') == std::string::npos && common.kdump.find('/') != std::string::npos;
-    return is_path ? std::filesystem::absolute(common.kdump).string() : common.kdump;
+std::string enter_world(const std::string &kdump, std::vector<std::string> folders) {
+    const auto is_program = [](const std::string &word) {
+        return word.find('/') != std::string::npos && fs::is_regular_file(word);
+    };
+    const std::string path = is_program(kdump) ? fs::absolute(kdump).string() : "";
+    Options options;
+    options.keep = std::move(folders);
+    options.keep.push_back(fs::current_path().string());
+    options.keep.push_back(fs::path(path).parent_path().string());
+    std::istringstream words(kdump);
+    for (std::string word; words >> word;) {
+        if (is_program(word)) {
+            options.keep.push_back(fs::path(word).parent_path().string());
+        }
+    }
+    enter(options);
+    return path.empty() ? inside(kdump) : shell_line({inside(path)});
 }
 
-std::vector<std::string> folders_of(const std::string &command_line) {
-    std::vector<std::string> folders;
-    for (size_t from = 0; from < command_line.size();) {
-        const size_t to = std::min(command_line.find(' ', from), command_line.size());
-        const std::string word = command_line.substr(from, to - from);
-        if (word.find('/') != std::string::npos)
-            folders.push_back(std::filesystem::path(word).parent_path().string());
-        from = to + 1;
-    }
-    return folders;
+RunSetup enter_for_runs(const CommonOptions &common, const std::string &folder) {
+    RunSetup setup;
+    setup.machine = machine_folder(common);
+    setup.memory_mb = common.memory_mb;
+    setup.kdump = enter_world(common.kdump, {folder, setup.machine});
+    return setup;
 }
 
 std::string shell_line(const std::vector<std::string> &words) {

@@ -1,24 +1,25 @@
-/* Small helpers for the subcommands: which scenario, which program, how a command line is written.
- */
+// Helpers of the subcommands: scenario, kdump, command lines.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "commands.h"
-#include "device_run.h"
-#include "scenario.h"
+#include "virtual_device/commands.h"
+#include "virtual_device/device_run.h"
+#include "virtual_device/scenario.h"
 
 namespace world {
 
 // The scenario asked for, or a plain device.
 Scenario chosen_scenario(const CommonOptions &common);
 
-// The kdump command line, a single path made absolute.
-std::string kdump_command(const CommonOptions &common);
+// Enters a private world that shows the caller's folder, those of the programs that `kdump` names,
+// and the given ones. Returns `kdump`, the path of a file or a command line, as a shell line there.
+std::string enter_world(const std::string &kdump, std::vector<std::string> folders = {});
 
-// Folders of the programs that a command line names, which must stay reachable in the world.
-std::vector<std::string> folders_of(const std::string &command_line);
+// Enters a world for runs of that kdump, on that machine if any, which shows `folder` too. Throws when
+// the machine is incomplete.
+RunSetup enter_for_runs(const CommonOptions &common, const std::string &folder = "");
 
 // Words as one shell line, quoted where needed.
 std::string shell_line(const std::vector<std::string> &words);

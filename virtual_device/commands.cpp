@@ -1,37 +1,24 @@
 /* virtual_device shell, serve, scenarios */
-#include "commands.h"
+#include "virtual_device/commands.h"
 
 #include <fmt/format.h>
 
 #include <csignal>
 
-#include "command_line.h"
-#include "device_run.h"
-#include "private_world.h"
-#include "story.h"
+#include "testing/private_world.h"
+#include "virtual_device/command_line.h"
+#include "virtual_device/device_run.h"
+#include "virtual_device/story.h"
 
 namespace world {
-namespace {
-
-// Enters a world in which that kdump can be run.
-RunSetup enter_for_runs(const CommonOptions &common) {
-    RunSetup setup;
-    setup.kdump = kdump_command(common);
-    Options options;
-    options.keep = folders_of(setup.kdump);
-    enter(options);
-    return setup;
-}
-
-}  // namespace
-
 int open_shell(const CommonOptions &common) {
     const Scenario scenario = chosen_scenario(common);
     RunSetup setup = enter_for_runs(common);
     Story story(stdout);
     setup.console_arrived = [&](std::string_view piece) { story.console(piece); };
-    fmt::print("A shell on the virtual device. Try: kdump segmentrace. Leave with exit.\n");
     DeviceRun device(scenario, setup);
+    fmt::print("A shell on the virtual device. Try: kdump segmentrace. Leave with exit.\n");
+    std::fflush(stdout);
     const int status = device.shell();
     story.close(device.outcome(), scenario.note);
     return status;

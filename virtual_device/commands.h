@@ -1,17 +1,21 @@
-/* What virtual_device's subcommands do; each returns the program's exit status. */
+/* The subcommands of virtual_device; each returns the program's exit status. */
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
-#include "fleet.h"
+#include "testing/shown_folders.h"
+#include "virtual_device/fleet.h"
 
 namespace world {
 
 struct CommonOptions {
-    std::string kdump = KDUMP_PROGRAM;
+    std::string kdump = inside(KDUMP_PROGRAM);  // a path or a command line
     std::string scenario;
     bool real_time = false;
+    std::string machine;  // a name or a folder; empty: the device is no machine
+    int memory_mb = 96;
 };
 
 struct RunOptions {
@@ -26,12 +30,20 @@ int open_shell(const CommonOptions &common);
 int serve_device(const CommonOptions &common);
 int list_scenarios();
 
+struct CloudCommandOptions {
+    std::string scenario;
+    std::string keep;  // the folder for uploads; empty: they are only shown
+    uint16_t port = 8443;
+};
+
+int run_cloud_command(const CloudCommandOptions &options);
+
 struct FleetCommandOptions {
     FleetOptions fleet;
     std::string json;
     std::string plot;
 };
 
-int run_fleet_command(const FleetCommandOptions &options);
+int run_fleet_command(FleetCommandOptions options);
 
 }  // namespace world

@@ -1,36 +1,24 @@
-#include "device_run.h"
+#include "virtual_device/device_run.h"
 
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
-#include "certificates.h"
-#include "config/deployment.h"
-#include "files.h"
-#include "private_world.h"
+#include "testing/certificates.h"
+#include "testing/files.h"
+#include "testing/nginx.h"
+#include "testing/private_world.h"
+#include "testing/shown_folders.h"
+#include "testing/squid.h"
+#include "virtual_device/command_line.h"
 
 namespace world {
 namespace {
 
-// Nothing listens there, so a connection is refused at once.
-constexpr const char *kNowhere = "127.0.0.9";
-constexpr const char *kOutputFile = "/run/world/output";
-constexpr const char *kErrorsFile = "/run/world/errors";
-
-void redirect(int descriptor, const std::string &path) {
-    if (path.empty())
-        return;
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    dup2(file, descriptor);
-    close(file);
-}
+const std::string kOutputFile = "/run/world/output";
+const std::string kErrorsFile = "/run/world/errors";
 
 std::string object_name(const std::string &url) {
     return std::filesystem::path(url.substr(0, url.find('?'))).filename().string();
@@ -41,10 +29,12 @@ std::string object_name(const std::string &url) {
 DeviceRun::DeviceRun(const Scenario &scenario, RunSetup setup)
     : scenario_(scenario), setup_(std::move(setup)), console_(setup_.console_arrived) {
     place_programs();
-    name_hosts();
-    write_files();
     start_servers();
+    write_files();
     outcome_.before = look_at_files();
+    if (!setup_.machine.empty()) {
+        boot_machine();
+    }
 }
 
 void DeviceRun::place_programs() {
@@ -54,8 +44,9 @@ void DeviceRun::place_programs() {
         std::filesystem::permissions(path, std::filesystem::perms(0755));
     };
     place("kdump", setup_.kdump);
-    if (exists(AGENT_PROGRAM))
-        place("agent", AGENT_PROGRAM);
+    if (const std::string agent = inside(AGENT_PROGRAM); exists(agent))
+        place("agent", agent);
+    place("cloudagent-run", "busybox sh " + inside(RUN_SCRIPT));
     if (scenario_.stop_after_sleeps > 0)
         write_file(kSleepLimit, std::to_string(scenario_.stop_after_sleeps));
 }
@@ -73,115 +64,128 @@ void DeviceRun::write_files() {
     authority().install();
 }
 
-void DeviceRun::name_hosts() {
-    const auto place = [&](const char *part, const char *address) {
-        return scenario_.refuse.count(part) ? kNowhere : address;
-    };
-    add_host(CLOUD_TFA_HOST, place("tfa", "127.0.0.1"));
-    add_host(kTimeHost, place("time", "127.0.0.1"));
-    add_host(kStoreHost,
-             place("store", scenario_.peers.count("nginx") ? kNginxAddress : "127.0.0.1"));
-    // The resolver's own server never answers; a pinned one can.
-    write_file("/etc/resolv.conf",
-               std::string("nameserver ") + kNowhere + "\noptions timeout:1 attempts:1\n");
-}
-
 void DeviceRun::start_servers() {
-    CloudSettings settings = scenario_.cloud_settings;
-    settings.tfa_hosts = {CLOUD_TFA_HOST};
+    FakeCloudSetup setup;
+    setup.local_script = scenario_.local;
+    setup.cloud_script = scenario_.cloud;
+    setup.local = scenario_.local_settings;
+    setup.cloud = scenario_.cloud_settings;
+    setup.refuse = scenario_.refuse;
     for (const auto &[name, address] : scenario_.dns)
-        settings.tfa_hosts.push_back(name);
-    local_ = std::make_unique<LocalService>(record_, scenario_.local, scenario_.local_settings);
-    cloud_ = std::make_unique<Cloud>(record_, scenario_.cloud, settings);
-    const Identity identity = authority().issue_server(cloud_->hosts());
-    if (scenario_.refuse.count("local") == 0)
-        local_server_ = std::make_unique<HttpServer>("127.0.0.1", 8000, *local_);
-    cloud_server_ = std::make_unique<HttpServer>("127.0.0.1", 443, *cloud_,
-                                                 server_context(identity, authority(), false));
-    plain_time_server_ = std::make_unique<HttpServer>("127.0.0.1", 80, *cloud_);
-    if (scenario_.peers.count("tinyproxy"))
-        peers_.push_back(start_tinyproxy());
-    if (scenario_.peers.count("nginx"))
-        peers_.push_back(start_nginx(identity, authority()));
+        setup.cloud.tfa_hosts.push_back(name);
+    if (scenario_.daemons.count("nginx"))
+        setup.store_address = kNginxAddress;
+    name_cloud_hosts(setup);
+    fake_ = std::make_unique<FakeCloud>(setup);
+    if (scenario_.daemons.count("tinyproxy"))
+        daemons_.push_back(start_tinyproxy());
+    for (const char *squid : {"squid", "squid-with-password"})
+        if (scenario_.daemons.count(squid))
+            daemons_.push_back(start_squid(squid == std::string("squid-with-password")));
+    if (!scenario_.proxy_replies.empty())
+        proxy_ = std::make_unique<FakeProxy>(fake_->record, scenario_.proxy_replies);
+    if (scenario_.daemons.count("nginx"))
+        daemons_.push_back(start_nginx(fake_->identity, authority()));
     if (!scenario_.dns.empty())
-        peers_.push_back(start_dnsmasq(scenario_.dns));
+        daemons_.push_back(start_dnsmasq(scenario_.dns));
 }
 
-pid_t DeviceRun::start(const std::vector<std::string> &command, const std::string &output,
-                       const std::string &errors) const {
-    const pid_t process = fork();
-    if (process != 0)
-        return process;
-    for (const auto &[name, value] : scenario_.environment)
-        setenv(name.c_str(), value.c_str(), 1);
-    if (!scenario_.real_sleep) {
-        setenv("LD_PRELOAD", SLEEP_STAND_IN, 1);
-        setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
+Command DeviceRun::on_device(const std::vector<std::string> &words) const {
+    Command command(words);
+    command.set(scenario_.environment);
+    if (!scenario_.real_sleep)
+        command.set("LD_PRELOAD", SLEEP_STAND_IN).set("ASAN_OPTIONS", "verify_asan_link_order=0");
+    return command;
+}
+
+void DeviceRun::boot_machine() {
+    machine_ = std::make_unique<Machine>(MachineSetup{setup_.machine, setup_.kdump, SLEEP_STAND_IN,
+                                                      setup_.memory_mb, setup_.console_arrived});
+}
+
+void DeviceRun::run_on_machine(const std::string &line) {
+    std::string settings;
+    for (const auto &[name, value] : scenario_.environment) {
+        settings += shell_line({"export", name + "=" + value}) + ";";
     }
-    redirect(STDOUT_FILENO, output);
-    redirect(STDERR_FILENO, errors);
-    for (const int number : {SIGINT, SIGQUIT, SIGPIPE})
-        signal(number, SIG_DFL);
-    std::vector<char *> words;
-    for (const std::string &word : command)
-        words.push_back(const_cast<char *>(word.c_str()));
-    words.push_back(nullptr);
-    execvp(words[0], words.data());
-    perror(words[0]);
-    _exit(127);
+    if (!scenario_.real_sleep) {
+        settings += "export LD_PRELOAD=/usr/lib/machine/sleep_stand_in.so;";
+    }
+    const Machine::Ended end = machine_->run(settings + line);
+    CommandResult result;
+    result.line = line;
+    result.exit_status = end.status;
+    result.console = end.console;
+    outcome_.commands.push_back(std::move(result));
+}
+
+void DeviceRun::collect_from_machine() {
+    machine_->bring_files_back();
+    int number = 0;
+    for (CommandResult &command : outcome_.commands) {
+        const std::string end = "." + std::to_string(++number);
+        command.output = read_file_if_any(kOutputFile + end);
+        command.errors = read_file_if_any(kErrorsFile + end);
+    }
 }
 
 void DeviceRun::run(const std::string &line) {
-    const pid_t process =
-        start({"/bin/sh", "-c", line}, setup_.output_passes ? "" : kOutputFile, kErrorsFile);
-    int status = 0;
-    struct rusage usage = {};
-    while (wait4(process, &status, 0, &usage) < 0 && errno == EINTR) {
+    if (machine_) {
+        return run_on_machine(line);
     }
+    Command command = on_device({"/bin/sh", "-c", line}).redirect(STDERR_FILENO, kErrorsFile);
+    if (!setup_.output_passes)
+        command.redirect(STDOUT_FILENO, kOutputFile);
+    const Finished end = world::run(command);
     CommandResult result;
     result.line = line;
     result.console = console_.text();
     console_.clear();
-    result.exit_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.exit_status = end.status;
     result.output = setup_.output_passes ? "" : read_file_if_any(kOutputFile);
     result.errors = read_file_if_any(kErrorsFile);
-    result.peak_kb = usage.ru_maxrss;
+    result.peak_kb = end.peak_kb;
     outcome_.commands.push_back(std::move(result));
 }
 
 int DeviceRun::shell() {
+    if (machine_) {
+        return machine_->shell();
+    }
     for (const int number : {SIGINT, SIGQUIT})
         signal(number, SIG_IGN);
-    setenv("PS1", "virtual-device:\\w# ", 1);
-    const pid_t process = start({"bash", "--norc", "--noprofile", "-i"}, "", "");
-    int status = 0;
-    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+    return world::run(on_device({"bash", "--norc", "--noprofile", "-i"})
+                          .set("PS1", "virtual-device:\\w# "))
+        .status;
 }
 
 Outcome DeviceRun::outcome() {
-    peers_.clear();  // their logs are complete then
-    outcome_.exchanges = record_.all();
-    if (scenario_.peers.count("nginx"))
+    daemons_.clear();  // their logs are complete then
+    if (machine_) {
+        collect_from_machine();
+    }
+    outcome_.exchanges = fake_->record.all();
+    if (scenario_.daemons.count("nginx"))
         for (Exchange &exchange : nginx_exchanges()) {
             if (exchange.method == "PUT" && exchange.status == 200)
                 outcome_.stored.push_back({object_name(exchange.url), exchange.body_size,
                                            exchange.body_sha256, exchange.body_path});
             outcome_.exchanges.push_back(std::move(exchange));
         }
-    for (StoredObject &object : cloud_->stored())
+    for (StoredObject &object : fake_->cloud.stored())
         outcome_.stored.push_back(std::move(object));
-    if (scenario_.peers.count("tinyproxy"))
+    if (scenario_.daemons.count("tinyproxy"))
         outcome_.proxied = proxied_targets();
+    if (scenario_.daemons.count("squid") || scenario_.daemons.count("squid-with-password"))
+        outcome_.proxied = squid_requests();
     if (!scenario_.dns.empty())
         outcome_.dns_queries = dns_queries();
     std::istringstream sleeps(read_file_if_any(kSleepRecord));
     for (unsigned seconds = 0; sleeps >> seconds;)
         outcome_.sleeps.push_back(seconds);
-    outcome_.reboots = reboot_count();
+    outcome_.reboots = machine_ ? machine_->reboots() : reboot_count();
     outcome_.after = look_at_files();
-    outcome_.local_state = local_->state();
+    outcome_.local_state = fake_->local.state();
     return outcome_;
 }
 

@@ -1,4 +1,4 @@
-/* One virtual device in the private world: switched on, used, and looked at afterwards. */
+/* One virtual device in the private world: starts it, runs commands on it, reports the outcome. */
 #pragma once
 
 #include <functional>
@@ -8,14 +8,13 @@
 #include <string_view>
 #include <vector>
 
-#include "cloud.h"
-#include "console.h"
-#include "device_files.h"
-#include "exchange_record.h"
-#include "http_server.h"
-#include "local_service.h"
-#include "peers.h"
-#include "scenario.h"
+#include "testing/console.h"
+#include "testing/daemon.h"
+#include "testing/device_files.h"
+#include "testing/fake_cloud.h"
+#include "testing/fake_proxy.h"
+#include "virtual_device/machine.h"
+#include "virtual_device/scenario.h"
 
 namespace world {
 
@@ -28,11 +27,11 @@ struct CommandResult {
     long peak_kb = 0;     // largest resident set of any process of it
 };
 
-// All there is to know about a run.
+// The outcome of a run.
 struct Outcome {
     std::vector<CommandResult> commands;
     std::vector<Exchange> exchanges;
-    std::vector<std::string> proxied;      // CONNECT targets the proxy was asked for
+    std::vector<std::string> proxied;      // what the proxy's log has, a request each
     std::vector<std::string> dns_queries;  // names the DNS server was asked for, each once
     std::vector<StoredObject> stored;
     std::vector<unsigned> sleeps;  // seconds of each; recorded, not slept
@@ -42,16 +41,18 @@ struct Outcome {
     nlohmann::json local_state;
 };
 
-// How commands are run on the device.
+// How the device runs commands.
 struct RunSetup {
-    std::string kdump;  // the program, or a command line that ends in it
+    std::string kdump;  // a shell line that ends in the program
     std::function<void(std::string_view)> console_arrived;
     bool output_passes = false;  // standard output is shown, not collected
+    std::string machine = {};    // a machine's folder: commands run there, kdump is one program
+    int memory_mb = 0;           // of the machine
 };
 
 class DeviceRun {
   public:
-    // Seeds the files, starts local service, cloud and peers. Call it inside the private world.
+    // Seeds the files, starts local service, cloud and daemons. Call it inside the private world.
     DeviceRun(const Scenario &scenario, RunSetup setup);
 
     // Runs a shell command line on the device and waits for its end.
@@ -60,27 +61,25 @@ class DeviceRun {
     int shell();
 
     Outcome outcome();
-    const ExchangeRecord &record() const { return record_; }
+    const ExchangeRecord &record() const { return fake_->record; }
 
   private:
     void place_programs();
     void write_files();
-    void name_hosts();
     void start_servers();
-    pid_t start(const std::vector<std::string> &command, const std::string &output,
-                const std::string &errors) const;
+    void boot_machine();
+    void run_on_machine(const std::string &line);
+    void collect_from_machine();
+    Command on_device(const std::vector<std::string> &words) const;
 
     const Scenario scenario_;
     const RunSetup setup_;
     Outcome outcome_;
-    ExchangeRecord record_;
-    std::unique_ptr<LocalService> local_;
-    std::unique_ptr<Cloud> cloud_;
-    std::unique_ptr<HttpServer> local_server_;
-    std::unique_ptr<HttpServer> cloud_server_;
-    std::unique_ptr<HttpServer> plain_time_server_;
-    std::vector<Peer> peers_;
+    std::unique_ptr<FakeCloud> fake_;
+    std::unique_ptr<FakeProxy> proxy_;
+    std::vector<Daemon> daemons_;
     Console console_;
+    std::unique_ptr<Machine> machine_;
 };
 
 }  // namespace world

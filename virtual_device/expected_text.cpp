@@ -1,11 +1,11 @@
-#include "expected_text.h"
+#include "virtual_device/expected_text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cctype>
 
-#include "config/deployment.h"
+#include "deployment.h"
 
 namespace world {
 namespace {
@@ -25,9 +25,7 @@ std::string with_default_host(std::string text) {
 }
 
 void add_header(std::string &text, const Exchange &exchange, const char *name) {
-    Request probe;
-    probe.headers = exchange.headers;
-    const std::string value = probe.header(name);
+    const std::string value = exchange.header(name);
     if (!value.empty())
         text += fmt::format("   {}: {}\n", name, legible(value));
 }

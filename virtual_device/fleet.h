@@ -1,15 +1,14 @@
 /*
- * Many devices at once: a run of kdump each, with a file tree of its own, all of them sharing one
- * loopback, local service and cloud. The cloud is out at first; the record shows how the devices'
- * requests spread over time then and afterwards.
+ * Many devices at once: each runs kdump on its own file tree, all share one loopback, local service
+ * and cloud. The cloud is down at first; the record shows how the requests spread over time.
  */
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "cloud.h"
-#include "exchange_record.h"
+#include "testing/cloud.h"
+#include "testing/exchange_record.h"
 
 namespace world {
 
@@ -18,7 +17,7 @@ struct FleetOptions {
     int spread = 10;    // seconds over which the devices start, evenly
     int outage = 25;    // seconds from the start during which the cloud cuts every connection
     int bytes = 20000;  // of each device's dump
-    std::string kdump;
+    std::string kdump;  // a shell line
 };
 
 struct FleetOutcome {
@@ -29,6 +28,6 @@ struct FleetOutcome {
 };
 
 // Runs the fleet in real time. Call it inside the private world.
-FleetOutcome run_fleet(const FleetOptions &options, const std::vector<std::string> &keep);
+FleetOutcome run_fleet(const FleetOptions &options);
 
 }  // namespace world

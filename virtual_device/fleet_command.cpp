@@ -1,22 +1,18 @@
 /* virtual_device fleet */
 #include <fmt/format.h>
 
-#include "command_line.h"
-#include "commands.h"
-#include "fleet_report.h"
-#include "output_file.h"
-#include "private_world.h"
+#include "virtual_device/command_line.h"
+#include "virtual_device/commands.h"
+#include "virtual_device/fleet_report.h"
+#include "virtual_device/output_file.h"
 
 namespace world {
 
-int run_fleet_command(const FleetCommandOptions &options) {
+int run_fleet_command(FleetCommandOptions options) {
     const OutputFile json = open_output(options.json);
     const OutputFile plot = open_output(options.plot);
-    Options world_options;
-    world_options.keep = folders_of(options.fleet.kdump);
-    const std::vector<std::string> keep = folders_to_keep(world_options);
-    enter(world_options);
-    const FleetOutcome outcome = run_fleet(options.fleet, keep);
+    options.fleet.kdump = enter_world(options.fleet.kdump);
+    const FleetOutcome outcome = run_fleet(options.fleet);
     fmt::print("{}", fleet_table(options.fleet, outcome));
     if (json)
         fmt::print(json.get(), "{}\n", fleet_record(options.fleet, outcome).dump(2));

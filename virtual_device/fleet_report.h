@@ -1,11 +1,11 @@
-/* What a fleet's run shows: a table second by second, a record, a plot. */
+/* Reports of a fleet run: a table by second, a record, a plot. */
 #pragma once
 
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "fleet.h"
+#include "virtual_device/fleet.h"
 
 namespace world {
 
@@ -20,6 +20,6 @@ std::vector<FleetSecond> by_second(const FleetOutcome &outcome);
 
 std::string fleet_table(const FleetOptions &options, const FleetOutcome &outcome);
 nlohmann::json fleet_record(const FleetOptions &options, const FleetOutcome &outcome);
-std::string fleet_plot(const FleetOptions &options, const FleetOutcome &outcome);  // SVG
+std::string fleet_plot(const FleetOptions &options, const FleetOutcome &outcome);  // for gnuplot
 
 }  // namespace world

@@ -1,6 +1,6 @@
-#include "json_record.h"
+#include "virtual_device/json_record.h"
 
-#include "expected_text.h"
+#include "virtual_device/expected_text.h"
 
 namespace world {
 namespace {

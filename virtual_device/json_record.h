@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "device_run.h"
+#include "virtual_device/device_run.h"
 
 namespace world {
 

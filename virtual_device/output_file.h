@@ -1,5 +1,4 @@
-/* A file that the caller asked for, opened before the world is entered, where its path may not
- * exist. */
+/* A file that the caller asked for; opened before entering the world, which may hide its path. */
 #pragma once
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "progress.h"
+#include "virtual_device/progress.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

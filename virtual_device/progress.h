@@ -1,10 +1,10 @@
-/* One changing line on the terminal while a large body is on its way. */
+/* A progress line on the terminal during a large upload. */
 #pragma once
 
 #include <atomic>
 #include <thread>
 
-#include "exchange_record.h"
+#include "testing/exchange_record.h"
 
 namespace world {
 

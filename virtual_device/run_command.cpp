@@ -1,20 +1,22 @@
 /* virtual_device run */
 #include <fmt/format.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 
-#include "command_line.h"
-#include "commands.h"
-#include "device_run.h"
-#include "expected_text.h"
-#include "files.h"
-#include "json_record.h"
-#include "output_file.h"
-#include "private_world.h"
-#include "progress.h"
-#include "story.h"
+#include "testing/files.h"
+#include "testing/shown_folders.h"
+#include "testing/spawn.h"
+#include "virtual_device/command_line.h"
+#include "virtual_device/commands.h"
+#include "virtual_device/device_run.h"
+#include "virtual_device/expected_text.h"
+#include "virtual_device/json_record.h"
+#include "virtual_device/output_file.h"
+#include "virtual_device/progress.h"
+#include "virtual_device/story.h"
+
+namespace fs = std::filesystem;
 
 namespace world {
 namespace {
@@ -29,29 +31,21 @@ void write_record(FILE *file, const Scenario &scenario, const Outcome &outcome) 
 
 std::string expected_path(const CommonOptions &common) {
     const bool shipped = common.scenario.find('/') == std::string::npos &&
-                         std::filesystem::path(common.scenario).extension() != ".json";
-    const std::filesystem::path place =
-        shipped ? std::filesystem::path(scenario_folder()) / common.scenario
-                : std::filesystem::absolute(common.scenario).replace_extension();
-    return place.string() + ".expected";
+                         fs::path(common.scenario).extension() != ".json";
+    const fs::path place = shipped ? fs::path(scenario_folder()) / common.scenario
+                                   : fs::absolute(common.scenario).replace_extension();
+    const std::string own = place.string() + ".machine.expected";
+    return !common.machine.empty() && exists(own) ? own : place.string() + ".expected";
 }
 
-// On a difference shows it.
+// Shows the difference, if any.
 bool same(const std::string &expected, const std::string &actual) {
     if (expected == actual)
         return true;
     write_file("/run/world/expected", expected);
     write_file("/run/world/actual", actual);
-    std::fflush(nullptr);
-    (void)!std::system("cd /run/world && diff -u expected actual");
+    world::run(Command({"diff", "-u", "expected", "actual"}).in_folder("/run/world"));
     return false;
-}
-
-void enter_world(const std::string &kdump, const std::string &expected) {
-    Options options;
-    options.keep = folders_of(kdump);
-    options.keep.push_back(std::filesystem::path(expected).parent_path().string());
-    enter(options);
 }
 
 Outcome run_all(const Scenario &scenario, const RunSetup &setup) {
@@ -66,9 +60,7 @@ Outcome run_all(const Scenario &scenario, const RunSetup &setup) {
 
 int run_on_device(const CommonOptions &common, const RunOptions &options) {
     Scenario scenario = chosen_scenario(common);
-    if (!options.command.empty())
-        scenario.run = {shell_line(options.command)};
-    if (scenario.run.empty())
+    if (options.command.empty() && scenario.run.empty())
         throw std::runtime_error("name a command, or a scenario that has one");
     const bool compares = options.command.empty() && !common.real_time;
     const bool tells = !options.check && !options.bless;
@@ -76,10 +68,13 @@ int run_on_device(const CommonOptions &common, const RunOptions &options) {
     const std::string expected = compares ? read_file_if_any(expected_file) : "";
     const OutputFile record = open_output(options.json);
 
-    RunSetup setup;
-    setup.kdump = kdump_command(common);
-    setup.output_passes = !options.command.empty();
-    enter_world(setup.kdump, expected_file);
+    std::vector<std::string> command = options.command;
+    if (!command.empty() && command.front().find('/') != std::string::npos)
+        command.front() = fs::absolute(command.front()).lexically_normal().string();
+    RunSetup setup = enter_for_runs(common, fs::path(expected_file).parent_path().string());
+    setup.output_passes = !command.empty();
+    if (!command.empty())
+        scenario.run = {shell_line(command)};
     Story story(stdout);
     if (tells) {
         setup.console_arrived = [&](std::string_view piece) { story.console(piece); };
@@ -89,7 +84,7 @@ int run_on_device(const CommonOptions &common, const RunOptions &options) {
     write_record(record.get(), scenario, outcome);
     const std::string actual = expected_text(outcome);
     if (options.bless) {
-        write_file(expected_file, actual);
+        write_file(inside(expected_file), actual);
         return 0;
     }
     if (tells)

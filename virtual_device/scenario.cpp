@@ -1,10 +1,11 @@
-#include "scenario.h"
+#include "virtual_device/scenario.h"
 
 #include <algorithm>
 #include <filesystem>
 
-#include "files.h"
-#include "scenario_fields.h"
+#include "testing/files.h"
+#include "testing/shown_folders.h"
+#include "virtual_device/scenario_fields.h"
 
 namespace world {
 namespace {
@@ -116,6 +117,9 @@ void read_device(Fields &fields, Scenario &scenario) {
         const bool enable = proxy.flag("enable", true);
         const std::string server = proxy.text("server", "127.0.0.1");
         const long port = proxy.number("port", 3128, 0, 65535);
+        proxy.with("answers", [&](const json &list, const std::string &where) {
+            scenario.proxy_replies = read_replies(list, where);
+        });
         proxy.finish();
         scenario.local_settings.proxy = {
             {"enable", enable}, {"proxyServer", server}, {"proxyServerPort", port}};
@@ -140,13 +144,18 @@ void read_surroundings(Fields &fields, Scenario &scenario) {
     scenario.cloud_settings.url_lifetime =
         std::chrono::seconds(fields.number("url_lifetime", 300, 0, 86400));
     scenario.refuse = fields.choices("refuse", {"local", "tfa", "store", "time"});
-    scenario.peers = fields.choices("peers", {"tinyproxy", "nginx"});
+    scenario.daemons =
+        fields.choices("daemons", {"tinyproxy", "nginx", "squid", "squid-with-password"});
     fields.with("dns", [&](const json &value, const std::string &where) {
         scenario.dns = read_texts(value, where);
     });
 }
 
 }  // namespace
+
+const std::set<std::string> kVerdicts = {"bad-arguments", "busy",         "delivered", "no-url",
+                                         "not-found",     "nothing",      "partly",    "refused",
+                                         "unfinished",    "upload-failed"};
 
 Scenario read_scenario(const std::string &name, const std::string &file, const std::string &text) {
     json document;
@@ -168,13 +177,14 @@ Scenario read_scenario(const std::string &name, const std::string &file, const s
     });
     read_device(fields, scenario);
     read_surroundings(fields, scenario);
+    fields.choices("verdicts", kVerdicts);  // of the log reader, whose test compares them
     fields.finish();
     if (scenario.about.empty())
         complain(file, "\"about\" is missing: one line that says what can be seen here");
     return scenario;
 }
 
-std::string scenario_folder() { return VIRTUAL_DEVICE_SCENARIOS; }
+std::string scenario_folder() { return inside(VIRTUAL_DEVICE_SCENARIOS); }
 
 Scenario load_scenario(const std::string &name_or_file) {
     const bool is_file = name_or_file.find('/') != std::string::npos ||

@@ -11,16 +11,16 @@
 #include <string>
 #include <vector>
 
-#include "cloud.h"
-#include "local_service.h"
-#include "service.h"
+#include "testing/cloud.h"
+#include "testing/local_service.h"
+#include "testing/service.h"
 
 namespace world {
 
 struct Scenario {
     std::string name;
     std::string about;             // one line, for the list
-    std::string note;              // what the reader of the story should know, if anything
+    std::string note;              // shown below the story
     std::vector<std::string> run;  // shell command lines, one after the other
     std::map<std::string, std::optional<std::string>> files;  // besides the seeded; none: absent
     std::map<std::string, std::string> environment;
@@ -28,10 +28,11 @@ struct Scenario {
     Scripts local;
     Scripts cloud;
     CloudSettings cloud_settings;
-    std::set<std::string> refuse;  // "local", "tfa", "store", "time": nothing listens there
-    std::set<std::string> peers;   // "tinyproxy", "nginx"
-    std::map<std::string, std::string> dns;  // names only a DNS server on 127.0.0.1:53 knows
-    bool identity = true;                    // CRT and KEY lie in the working directory
+    std::set<std::string> refuse;   // "local", "tfa", "store", "time": nothing listens there
+    std::set<std::string> daemons;  // "tinyproxy", "nginx", "squid", "squid-with-password"
+    std::vector<ScriptedReply> proxy_replies;  // of a fake proxy; none: there is none
+    std::map<std::string, std::string> dns;    // names only a DNS server on 127.0.0.1:53 knows
+    bool identity = true;                      // CRT and KEY lie in the working directory
     bool real_sleep = false;
     int stop_after_sleeps = 0;  // 0: never
 };

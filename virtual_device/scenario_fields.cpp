@@ -1,4 +1,4 @@
-#include "scenario_fields.h"
+#include "virtual_device/scenario_fields.h"
 
 #include <stdexcept>
 

@@ -1,6 +1,6 @@
 /*
- * Checked access to a JSON object: every field is asked for by name and kind, and finish()
- * complains about any that nobody asked for.
+ * Checked access to a JSON object: each field is read by name and type, and finish() rejects fields
+ * that were not read.
  */
 #pragma once
 
@@ -28,7 +28,7 @@ class Fields {
     // Texts of a list, each of them one of `allowed`.
     std::set<std::string> choices(const std::string &name, const std::set<std::string> &allowed);
 
-    // Throws when a field was never asked for; the message lists those that exist.
+    // Throws when a field was not read; the message lists the known ones.
     void finish() const;
 
     const nlohmann::json &object() const { return object_; }

@@ -1,4 +1,4 @@
-#include "story.h"
+#include "virtual_device/story.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <map>
 
-#include "expected_text.h"
+#include "virtual_device/expected_text.h"
 
 namespace world {
 namespace {
@@ -20,7 +20,7 @@ constexpr const char *kRed = "31";
 constexpr const char *kGreen = "32";
 constexpr const char *kYellow = "33";
 
-// What fits on a line of the terminal.
+// As much as fits on a line of the terminal.
 std::string cut(const std::string &text) {
     static const size_t width = [] {
         struct winsize size = {};
@@ -47,7 +47,7 @@ std::string result_of(const Exchange &exchange) {
     return text.empty() ? "not answered" : text;
 }
 
-// A file's name in the list of changes: where it was stored from, if it is a copy.
+// The path of the file that was stored; null when there is none.
 const std::string *twin_of(const FileTree &tree, const StoredObject &object) {
     for (const auto &[path, file] : tree)
         if (file.sha256 == object.sha256 && file.size == object.size)

@@ -1,11 +1,11 @@
-/* What a run looked like, told to a person. */
+/* A run's story for a person. */
 #pragma once
 
 #include <cstdio>
 #include <string>
 #include <string_view>
 
-#include "device_run.h"
+#include "virtual_device/device_run.h"
 
 namespace world {
 
@@ -17,7 +17,7 @@ class Story {
     void open(const std::string &title, const std::string &about);
     // The console's text as it comes in; empty lines are left out.
     void console(std::string_view piece);
-    // The rest, once the run is over.
+    // Everything else, after the run.
     void close(const Outcome &outcome, const std::string &note);
     void verdict(bool good, const std::string &text);
 
