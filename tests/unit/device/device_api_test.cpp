@@ -1,0 +1,136 @@
+#include "device/device_api.h"
+
+#include <cstring>
+
+#include "deployment.h"
+#include "device_test.h"
+
+namespace {
+
+constexpr const char *kSiteFile = "/mnt/data/iss_config/current_config/tillet_site";
+constexpr const char *kEntry = "api_tillet_host_get 799 \n";
+constexpr const char *kOnTheWay =
+    "api_tillet_host_get 799 \napi_tillet_host_get 811 \napi_tillet_host_get 822 \n";
+constexpr const char *kExit = "api_tillet_host_get 829 \n";
+
+class DeviceApi : public DeviceTest {
+  protected:
+    DeviceApi() { set_status(R"("serialNo":"SN42")"); }
+
+    // The URL, or "<result>" where it is not 0.
+    std::string url(uint32_t region = 0) {
+        char out[512] = "";
+        const int result = api_tillet_host_get(out, region);
+        return result == 0 ? out : "<" + std::to_string(result) + ">" + out;
+    }
+};
+
+std::string url_at(const std::string &label_and_site) {
+    return "https://" + label_and_site + "." CLOUD_BASE_DOMAIN "/v1/devices/SN42";
+}
+
+TEST_F(DeviceApi, RegionsChooseTheHost) {
+    EXPECT_EQ(url(0), url_at("tillet.production"));
+    EXPECT_EQ(url(1), url_at("tillet-jp.production"));
+    EXPECT_EQ(asked(), std::vector<std::string>(2, "GET /api/system/status"));
+}
+
+TEST_F(DeviceApi, UnknownRegionEndsAfterTheEntryLine) {
+    for (const uint32_t region : {2u, 3u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(url(region), "<-1>") << region;
+        EXPECT_EQ(logged(), kEntry) << region;
+    }
+    EXPECT_TRUE(asked().empty());
+}
+
+TEST_F(DeviceApi, SuccessLeavesThreeTraceLines) {
+    url();
+    EXPECT_EQ(logged(), kOnTheWay);
+}
+
+TEST_F(DeviceApi, WorksTheSameWithoutALog) {
+    g_console_debug = 0;
+    EXPECT_EQ(url(), url_at("tillet.production"));
+    set_status("");
+    EXPECT_EQ(url(), "<-1>");
+    EXPECT_EQ(logged(), "");
+}
+
+TEST_F(DeviceApi, SiteIsTheFilesFirstWord) {
+    const struct {
+        std::string content;
+        std::string site;
+    } rows[] = {
+        {"staging", "staging"},
+        {"staging\nsecond", "staging"},
+        {" \n\tstaging second", "staging"},
+        {"", ""},
+        {" \n", ""},
+        {std::string(31, 's'), std::string(31, 's')},
+        {std::string(32, 's'), std::string(31, 's')},
+        {std::string(5000, 's'), std::string(31, 's')},
+    };
+    for (const auto &row : rows) {
+        world::write_file(kSiteFile, row.content);
+        EXPECT_EQ(url(), url_at("tillet." + row.site)) << row.content;
+        EXPECT_EQ(url(1), url_at("tillet-jp." + row.site)) << row.content;
+    }
+}
+
+TEST_F(DeviceApi, UrlIsCutAt255AndNothingBeyondIsWritten) {
+    const std::string base = url_at("tillet.production");
+    const size_t room = 255 - (base.size() - std::strlen("SN42"));
+    for (const size_t length : {room - 1, room, room + 1, room + 2000}) {
+        const std::string serial(length, '7');
+        set_status(R"("serialNo":")" + serial + "\"");
+        char out[512];
+        std::memset(out, '#', sizeof out);
+        ASSERT_EQ(api_tillet_host_get(out, 0), 0);
+        const std::string whole = base.substr(0, base.size() - std::strlen("SN42")) + serial;
+        const std::string expected = whole.substr(0, 255);
+        EXPECT_EQ(std::string(out, sizeof out),
+                  expected + std::string(sizeof out - expected.size(), '#'))
+            << length;
+    }
+}
+
+TEST_F(DeviceApi, CopyHasNoTerminator) {
+    char out[256];
+    std::memset(out, '#', sizeof out);
+    ASSERT_EQ(api_tillet_host_get(out, 0), 0);
+    const std::string expected = url_at("tillet.production");
+    EXPECT_EQ(std::string(out, sizeof out), expected + std::string(256 - expected.size(), '#'));
+}
+
+class DeviceApiFailure : public DeviceApi {
+  protected:
+    void expect_failure(const char *what, const std::string &lines) {
+        char out[256];
+        std::memset(out, '#', sizeof out);
+        EXPECT_EQ(api_tillet_host_get(out, 0), -1) << what;
+        EXPECT_EQ(std::string(out, sizeof out), std::string(256, '#')) << what;
+        EXPECT_EQ(logged(), kOnTheWay + lines) << what;
+    }
+};
+
+TEST_F(DeviceApiFailure, UnusableStatusIsLoggedAndLeavesOutUntouched) {
+    for (const UnusableReply &row : unusable_replies(824)) {
+        local->on("*", {row.reply});
+        local->on("GET /api/system/status", {row.reply});
+        expect_failure(row.what, row.logged + kExit);
+    }
+    local.reset();
+    expect_failure("down", std::string("\ncurl_http 1318 : method GET fail error 7\n\n") + kExit);
+}
+
+TEST_F(DeviceApiFailure, MissingSerialNumberIsSilent) {
+    for (const char *members :
+         {"", R"("serialNo":42)", R"("serialNo":null)", R"("serialNo":{"a":"b"})"}) {
+        set_status(members);
+        expect_failure(members, "");
+    }
+}
+
+TEST_F(DeviceApiFailure, NullOutIsRefused) { EXPECT_EQ(api_tillet_host_get(nullptr, 0), -1); }
+
+}  // namespace

@@ -1,0 +1,224 @@
+// A recursive parser that shares nothing with the layer: what a text holds, or where it fails.
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "json_parser/json_parser.h"
+
+inline std::string dump_number(double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, "d%a", value);
+    return text;
+}
+
+// The tree as a text in which every value and name shows.
+inline std::string dump(const JsonNode *node) {
+    std::string text;
+    for (; node; node = node->next) {
+        text += node->string ? "<" + std::string(node->string) + ">" : "";
+        switch (node->type) {
+            case JSON_KIND_NUMBER:
+                text += dump_number(node->valuedouble);
+                break;
+            case JSON_KIND_UINT64:
+                text += "u" + std::to_string(node->valueulonglong);
+                break;
+            case JSON_KIND_STRING:
+                text += "'" + std::string(node->valuestring) + "'";
+                break;
+            case JSON_KIND_ARRAY:
+                text += "[" + dump(node->child) + "]";
+                break;
+            case JSON_KIND_OBJECT:
+                text += "{" + dump(node->child) + "}";
+                break;
+            default:
+                text += std::to_string(node->type);
+        }
+        text += ";";
+    }
+    return text;
+}
+
+class PlainParser {
+  public:
+    PlainParser(const std::string &text, bool uint64) : text_(text.c_str()), uint64_(uint64) {}
+
+    // The dump of the first value; empty on failure, with at() on the offending byte.
+    std::string parse() { return value() ? result_ : ""; }
+    std::ptrdiff_t at() const { return at_; }
+
+  private:
+    void skip() {
+        while (text_[at_] >= 1 && text_[at_] <= 32) {
+            ++at_;
+        }
+    }
+
+    bool value() {
+        skip();
+        const char byte = text_[at_];
+        bool passed = false;
+        if (literal("null", "2") || literal("false", "0") || literal("true", "1")) {
+            passed = true;
+        } else if (byte == '"') {
+            std::string text;
+            passed = string(text);
+            result_ += "'" + text + "'";
+        } else if (byte == '-' || (byte >= '0' && byte <= '9')) {
+            passed = uint64_ ? unsigned_number() : number();
+        } else if (byte == '[' || byte == '{') {
+            passed = container(byte == '{', byte == '{' ? '}' : ']');
+        }
+        result_ += ";";
+        return passed;
+    }
+
+    bool literal(const char *word, const char *code) {
+        if (std::strncmp(text_ + at_, word, std::strlen(word)) != 0) {
+            return false;
+        }
+        at_ += static_cast<std::ptrdiff_t>(std::strlen(word));
+        result_ += code;
+        return true;
+    }
+
+    bool container(bool named, char close) {
+        result_ += text_[at_++];
+        skip();
+        if (text_[at_] != close) {
+            do {
+                if (!element(named)) {
+                    return false;
+                }
+                skip();
+            } while (text_[at_] == ',' && ++at_);
+            if (text_[at_] != close) {
+                return false;
+            }
+        }
+        result_ += text_[at_++];
+        return true;
+    }
+
+    bool element(bool named) {
+        skip();
+        if (named) {
+            std::string name;
+            if (text_[at_] != '"' || !string(name)) {
+                return false;
+            }
+            result_ += "<" + name + ">";
+            skip();
+            if (text_[at_] != ':') {
+                return false;
+            }
+            ++at_;
+        }
+        return value();
+    }
+
+    // On failure stays behind the opening quote when there is no closing one, else at the bad
+    // escape.
+    bool string(std::string &out) {
+        std::ptrdiff_t end = ++at_;
+        while (text_[end] != '"') {
+            if (text_[end] == '\0' || (text_[end] == '\\' && text_[++end] == '\0')) {
+                return false;
+            }
+            ++end;
+        }
+        while (at_ < end) {
+            if (text_[at_] != '\\') {
+                out += text_[at_++];
+            } else if (std::strchr("bfnrt\"\\/", text_[at_ + 1])) {
+                out += unescaped(text_[at_ + 1]);
+                at_ += 2;
+            } else {
+                return false;
+            }
+        }
+        ++at_;
+        return true;
+    }
+
+    static char unescaped(char letter) {
+        switch (letter) {
+            case 'b':
+                return '\b';
+            case 'f':
+                return '\f';
+            case 'n':
+                return '\n';
+            case 'r':
+                return '\r';
+            case 't':
+                return '\t';
+            default:
+                return letter;
+        }
+    }
+
+    bool digits(std::string &token) {
+        const std::size_t before = token.size();
+        while (text_[at_] >= '0' && text_[at_] <= '9') {
+            token += text_[at_++];
+        }
+        return token.size() > before;
+    }
+
+    bool number() {
+        const std::ptrdiff_t start = at_;
+        std::string token;
+        if (text_[at_] == '-') {
+            token += text_[at_++];
+        }
+        if (!digits(token)) {
+            at_ = start;
+            return false;
+        }
+        optional_part(token, ".", "");
+        optional_part(token, "eE", "+-");
+        result_ += dump_number(std::strtod(token.c_str(), nullptr));
+        return true;
+    }
+
+    void optional_part(std::string &token, const char *lead, const char *signs) {
+        const std::ptrdiff_t start = at_;
+        const std::string before = token;
+        if (text_[at_] == '\0' || !std::strchr(lead, text_[at_])) {
+            return;
+        }
+        token += text_[at_++];
+        if (text_[at_] != '\0' && std::strchr(signs, text_[at_])) {
+            token += text_[at_++];
+        }
+        if (!digits(token)) {
+            token = before;
+            at_ = start;
+        }
+    }
+
+    bool unsigned_number() {
+        unsigned long long value = 0;
+        if (text_[at_] == '0') {
+            ++at_;
+        }
+        if (text_[at_] >= '1' && text_[at_] <= '9') {
+            while (text_[at_] >= '0' && text_[at_] <= '9') {
+                value = value * 10 + static_cast<unsigned>(text_[at_++] - '0');
+            }
+        }
+        result_ += "u" + std::to_string(value);
+        return true;
+    }
+
+    const char *text_;
+    bool uint64_;
+    std::ptrdiff_t at_ = 0;
+    std::string result_;
+};

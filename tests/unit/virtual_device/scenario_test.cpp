@@ -1,0 +1,114 @@
+#include "virtual_device/scenario.h"
+
+#include <gmock/gmock.h>
+
+#include "testing/world_test.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+std::string complaint(const std::string &text) {
+    try {
+        world::read_scenario("x", "x.json", text);
+    } catch (const std::exception &error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST(Scenario, ReadsEveryField) {
+    const world::Scenario scenario = world::read_scenario("x", "x.json", R"({
+        "about": "a", "note": "n", "run": ["kdump RAM"],
+        "files": {"/tmp/a": "text", "/tmp/b": null, "/tmp/c": ["x", {"text": "y", "times": 3}]},
+        "environment": {"A": "b"}, "proxy": {"server": "p", "port": 8080},
+        "up_time": 5, "create_log": false, "identity": false, "sleep": "real",
+        "stop_after_sleeps": 2, "clock": "2024", "url_lifetime": 1,
+        "refuse": ["tfa"], "daemons": ["nginx"], "dns": {"h": "127.0.0.1"},
+        "local": {"GET /api/x": [404], "*": ["drop-at-accept", "ok"]},
+        "tfa": ["ok", 503, "garbage", {"fault": "trickle", "bytes": 7},
+                {"status": 500, "json": {"a": 1}, "headers": {"X": "y"}, "times": 2}]
+    })");
+    EXPECT_EQ(scenario.files.at("/tmp/a"), "text");
+    EXPECT_EQ(scenario.files.at("/tmp/b"), std::nullopt);
+    EXPECT_EQ(scenario.files.at("/tmp/c"), "xyyy");
+    EXPECT_EQ(scenario.local_settings.proxy["proxyServerPort"], 8080);
+    EXPECT_EQ(scenario.local_settings.up_time, 5);
+    EXPECT_FALSE(scenario.local_settings.create_log);
+    EXPECT_FALSE(scenario.identity);
+    EXPECT_TRUE(scenario.real_sleep);
+    EXPECT_EQ(scenario.stop_after_sleeps, 2);
+    EXPECT_EQ(scenario.local.size(), 2u);
+    const auto &replies = scenario.cloud.at("tfa");
+    ASSERT_EQ(replies.size(), 6u);
+    EXPECT_FALSE(replies[0].fixed);
+    EXPECT_EQ(replies[1].fixed->status, 503);
+    EXPECT_EQ(replies[2].fault.kind, world::Fault::Kind::garbage);
+    EXPECT_EQ(replies[3].fault.amount, 7u);
+    EXPECT_EQ(replies[5].fixed->body, "{\"a\":1}");
+}
+
+struct Wrong {
+    const char *text;
+    const char *message;
+};
+
+class WrongScenario : public testing::TestWithParam<Wrong> {};
+
+TEST_P(WrongScenario, NamesFileFieldAndWhatIsAllowed) {
+    EXPECT_THAT(complaint(GetParam().text), HasSubstr(GetParam().message));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, WrongScenario,
+    testing::Values(
+        Wrong{"{", "x.json: "}, Wrong{"[]", "x.json: must be an object"},
+        Wrong{"{}", "x.json: \"about\" is missing"},
+        Wrong{R"({"about": 1})", "x.json: about: must be a text"},
+        Wrong{R"({"about": "a", "tfaa": []})",
+              "x.json: unknown field \"tfaa\"; allowed are \"about\""},
+        Wrong{R"({"about": "a", "run": "kdump"})", "x.json: run: must be a list"},
+        Wrong{R"({"about": "a", "files": {"/usr/x": ""}})",
+              "x.json: files: /usr/x: must be a path under"},
+        Wrong{R"({"about": "a", "files": {"/tmp/x": 7}})", "x.json: files: /tmp/x: must be a text"},
+        Wrong{R"({"about": "a", "files": {"/tmp/x": {"text": "a", "time": 1}}})",
+              "unknown field \"time\""},
+        Wrong{R"({"about": "a", "tfa": "ok"})", "x.json: tfa: must be a list of replies"},
+        Wrong{R"({"about": "a", "tfa": ["sometimes"]})",
+              "\"sometimes\" is no fault; allowed are \"drop"},
+        Wrong{R"({"about": "a", "tfa": [{"fault": "garbage", "bytes": 3}]})", "means nothing with"},
+        Wrong{R"({"about": "a", "tfa": [{"status": 99}]})",
+              "status: must be a whole number from 100 to 599"},
+        Wrong{R"({"about": "a", "tfa": [{"state": 200}]})", "unknown field \"state\""},
+        Wrong{R"({"about": "a", "local": {"/api/x": ["ok"]}})",
+              "x.json: local: /api/x: must be a method and a path"},
+        Wrong{R"({"about": "a", "refuse": ["cloud"]})",
+              "\"cloud\" is not \"local\", \"store\", \"tfa\" or \"time\""},
+        Wrong{R"({"about": "a", "daemons": ["apache"]})",
+              "\"apache\" is not \"nginx\", \"squid\", \"squid-with-password\" or \"tinyproxy\""},
+        Wrong{R"({"about": "a", "proxy": {"answers": [407, "sometimes"]}})",
+              "\"sometimes\" is no fault"},
+        Wrong{R"({"about": "a", "sleep": "never"})",
+              "x.json: sleep: must be \"recorded\" or \"real\""},
+        Wrong{R"({"about": "a", "proxy": {"port": 70000}})",
+              "x.json: proxy: port: must be a whole number"},
+        Wrong{R"({"about": "a", "up_time": "1"})", "x.json: up_time: must be a whole number"},
+        Wrong{R"({"about": "a", "identity": 1})", "x.json: identity: must be true or false"},
+        Wrong{R"({"about": "a", "environment": {"A": 1}})",
+              "x.json: environment: A: must be a text"}));
+
+TEST(Scenario, UnknownNamePointsToTheList) {
+    EXPECT_THAT([] { world::load_scenario("no-such"); },
+                testing::ThrowsMessage<std::runtime_error>(HasSubstr("virtual_device scenarios")));
+}
+
+TEST(Scenario, EveryShippedOneReadsAndHasItsExpectedText) {
+    const std::vector<std::string> names = world::shipped_scenarios();
+    EXPECT_GE(names.size(), 15u);
+    for (const std::string &name : names) {
+        EXPECT_FALSE(world::load_scenario(name).run.empty()) << name;
+        EXPECT_TRUE(world::exists(world::scenario_folder() + "/" + name + ".expected")) << name;
+    }
+}
+
+}  // namespace
