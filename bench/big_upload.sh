@@ -1,59 +1,43 @@
 #!/usr/bin/env bash
 # Usage (inside the virtual device, with nginx): big_upload.sh RESULT_FOLDER BUILD_FOLDER PAIRS [MIB]
 #
-# One file to nginx over TLS, in turns by the library's upload and by `curl -T`; then, for the growth
-# of the memory, files from 1 MiB on.
+# Uploads one file to nginx over TLS, in turns by the library and by `curl -T`; then files from 1 MiB
+# on, for the growth of the peak memory.
 set -euo pipefail
 
 results=$1 build=$2 pairs=$3 mebibytes=${4:-1024}
-measure=$build/device/bench/measure
 url=https://uploads.example.com/big
-bodies=/run/world/peers/bodies
+bodies=/run/world/daemons/bodies
 
-rm -f "$results"/big_upload.*
-
-# Storing the body must cost both the same: in large pages that the machine has just used. Memory that
-# lay idle may first have to be got back from the host of a virtual machine, which takes longer than
-# the transfer itself.
+# Storing a body must cost both the same: use large pages, and warm them, because a virtual machine
+# may have to get idle memory back from its host, which takes longer than the transfer.
 mount -t tmpfs -o huge=always tmpfs "$bodies"
-warm_memory() {
-    head -c "$(stat -c %s "$1")" /dev/zero >"$bodies/warm"
+
+# send SENDER FILE RESULT: uploads the file; fails unless all of it arrived.
+send() {
+    local size command
+    size=$(stat -c %s "$2")
+    head -c "$size" /dev/zero >"$bodies/warm"
     rm "$bodies/warm"
-}
-
-# The library removes what it has sent: it gets a link.
-by_library() {
-    warm_memory "$1"
-    ln -f "$1" /run/world/sent
-    "$measure" "$2" "$build/device/bench/send_file" /run/world/sent "$url" >/dev/null 2>&1
-    stored "$1"
-}
-
-by_curl() {
-    warm_memory "$1"
-    "$measure" "$2" curl -s -f -k --cert CRT --key KEY -T "$1" "$url"
-    stored "$1"
-}
-
-# What arrived is what was sent; it makes room for the next.
-stored() {
-    local body
-    body=$(find "$bodies" -type f -size "$(stat -c %s "$1")c")
-    [ -n "$body" ] || { echo "not all of $1 arrived" >&2 && exit 1; }
-    rm -f "$body"
+    if [ "$1" = library ]; then
+        ln -f "$2" /run/world/sent # the library removes what it has sent
+        command=("$build/device/bench/send_file" /run/world/sent "$url")
+    else
+        command=(curl -s -f -k --cert CRT --key KEY -T "$2" "$url")
+    fi
+    "$build/device/bench/measure" "$3" "${command[@]}" >/dev/null 2>&1
+    find "$bodies" -type f -size "${size}c" -delete -print | grep -q . ||
+        { echo "not all of $2 arrived" >&2 && exit 1; }
 }
 
 head -c "${mebibytes}M" /dev/zero >/run/world/big
-by_curl /run/world/big /dev/null
+send curl /run/world/big /dev/null
 for ((pair = 1; pair <= pairs; pair++)); do
-    # Either goes first in its turn.
-    if ((pair % 2)); then
-        by_library /run/world/big "$results/big_upload.library"
-        by_curl /run/world/big "$results/big_upload.curl"
-    else
-        by_curl /run/world/big "$results/big_upload.curl"
-        by_library /run/world/big "$results/big_upload.library"
-    fi
+    order=(library curl)
+    ((pair % 2)) || order=(curl library)
+    for sender in "${order[@]}"; do
+        send "$sender" /run/world/big "$results/big_upload.$sender"
+    done
 done
 rm /run/world/big
 
@@ -61,7 +45,8 @@ for size in 1 4 16 64 256 1024; do
     [ "$size" -le "$mebibytes" ] || continue
     head -c "${size}M" /dev/zero >/run/world/grown
     for _ in 1 2 3; do
-        by_curl /run/world/grown "$results/big_upload.grown.curl.$size"
-        by_library /run/world/grown "$results/big_upload.grown.library.$size"
+        for sender in curl library; do
+            send "$sender" /run/world/grown "$results/big_upload.grown.$sender.$size"
+        done
     done
 done

@@ -1,80 +1,49 @@
 #!/usr/bin/env bash
-# Usage: collect.sh RESULT_FOLDER BUILD_FOLDER: what was measured, as one JSON document.
+# Usage: collect.sh RESULT_FOLDER BUILD_FOLDER: prints one JSON document of all results. Each file in
+# the folder holds JSON values; the words of its name are their path.
 set -euo pipefail
 
-results=$1
-build=$2 # for rivals.sh
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-# shellcheck source=bench/rivals.sh
-. "$here/rivals.sh"
+results=$1 build=$2
+. "$(dirname "$0")/rivals.sh"
 
 # KiB of the named programs with all their libraries but the C library's own.
 disk_kb() {
     {
         realpath "$@"
-        ldd "$@" | awk '$2 == "=>" { print $3 }' | { grep -Ev '/lib[cm]\.so' || true; } | xargs -r realpath
+        ldd "$@" | awk '$2 == "=>" && $3 !~ "/lib[cm]\\.so" { print $3 }' | xargs -r realpath
     } | sort -u | xargs du -Lk --apparent-size | awk '{ sum += $1 } END { print sum }'
 }
 
-# One round of hyperfine is one value: what else the machine does meets all rivals of a round alike.
-times() {
-    jq --arg name "$1" '.results[] | select(.command == $name) | {wall: .median, cpu: (.user + .system)}' \
-        "$results"/whole_run.times.*
-}
-
-rival() {
-    local name=$1 programs=("${rival_commands[$1]%% *}")
+for name in "${rival_names[@]}"; do
+    programs=("${rival_commands[$name]%% *}")
     [ "$name" != script ] || programs=("$(command -v curl)" "$(command -v jq)")
-    jq -n --arg name "$name" --argjson disk "$(disk_kb "${programs[@]}")" \
-        --slurpfile usage "$results/whole_run.$name.usage" \
-        --slurpfile calls "$results/whole_run.$name.calls" \
-        --slurpfile instructions "$results/whole_run.$name.instructions" \
-        --slurpfile first_byte "$results/first_byte.$name" --slurpfile times <(times "$name") \
-        '{($name): {disk_kb: $disk, peak_kb: [$usage[].peak_kb], wall_s: [$times[].wall],
-            cpu_s: [$times[].cpu], first_byte_us: $first_byte, system_calls: $calls,
-            instructions: ($instructions | add)}}'
-}
+    disk_kb "${programs[@]}" >"$results/rivals.$name.disk_kb"
+done
+# shellcheck disable=SC2016  # dpkg-query fills this in
+dpkg-query -W -f '{"${Package}": "${Version}"}\n' \
+    libc6 gcc curl libcurl4 openssl libcjson1 jq dash hyperfine libbenchmark-dev >"$results/versions"
 
-# {"SENDER": {"MIB": KiB, ...}, ...}
-peaks_by_size() {
-    local file
-    for file in "$results"/big_upload.grown.*; do
-        jq -s --arg name "${file#*.grown.}" \
-            '($name / ".") as [$sender, $size] | {($sender): {($size): map(.peak_kb)}}' "$file"
-    done | jq -s 'reduce .[] as $one ({}; . * $one)'
-}
-
-uploads() {
-    jq -s '{wall_s: map(.wall), cpu_s: map(.user + .system), peak_kb: map(.peak_kb)}' \
-        "$results/big_upload.$1"
-}
-
-# Processor time in nanoseconds: the median of each operation's repetitions.
-operations() {
-    jq -s '[.[].benchmarks[] | select(.run_type == "iteration")] | group_by(.name)
-        | map({(.[0].name): ((map(.cpu_time) | sort | .[length / 2 | floor])
-            * {ns: 1, us: 1e3, ms: 1e6}[.[0].time_unit])}) | add' "$results"/micro.*
-}
-
-versions() {
-    # shellcheck disable=SC2016  # dpkg-query fills this in
-    dpkg-query -W -f '${Package} ${Version}\n' \
-        libc6 gcc curl libcurl4 openssl libcjson1 jq dash hyperfine libbenchmark-dev |
-        jq -R 'split(" ") | {(.[0]): .[1]}' | jq -s add
-}
-
-# shellcheck source=/dev/null  # the names of the system
+# One hyperfine round is one value: other load on the machine affects all rivals of a round alike.
+# Single operations: processor time in nanoseconds, the median of the repetitions.
+# shellcheck source=/dev/null  # the system's names
 jq -n --arg processor "$(sed -n 's/^model name.*: //p' /proc/cpuinfo | head -n 1)" \
     --argjson cores "$(nproc)" --arg kernel "$(uname -sr)" \
     --arg load "$(cut -d ' ' -f 1-3 /proc/loadavg)" \
-    --arg system "$(. /etc/os-release && echo "$PRETTY_NAME")" --argjson versions "$(versions)" \
-    --slurpfile rivals <(for name in "${rival_names[@]}"; do rival "$name"; done) \
-    --argjson library "$(uploads library)" --argjson curl "$(uploads curl)" \
-    --argjson mebibytes "$(<"$results/mebibytes")" \
-    --argjson grown "$(peaks_by_size)" --argjson operations "$(operations)" \
-    --slurpfile calls "$results/calls" \
-    '{machine: {processor: $processor, cores: $cores, kernel: $kernel, system: $system, load: $load,
-        versions: $versions},
-      rivals: ($rivals | add),
-      big_upload: {mebibytes: $mebibytes, library: $library, curl: $curl, peak_kb_by_mib: $grown},
-      nanoseconds: $operations, calls: ($calls | add)}'
+    --arg system "$(. /etc/os-release && echo "$PRETTY_NAME")" '
+    reduce inputs as $value ({}; (input_filename / "/" | last / ".") as $path
+        | setpath($path; getpath($path) + [$value]))
+    | def rounds($name): [.times[][].results[] | select(.command == $name)];
+    def uploads: {wall_s: map(.wall), cpu_s: map(.user + .system), peak_kb: map(.peak_kb)};
+    . as $all
+    | {machine: {$processor, $cores, $kernel, $system, $load, versions: (.versions | add)},
+       rivals: (.rivals | with_entries(.key as $name | .value |= {disk_kb: .disk_kb[0],
+           peak_kb: (.usage | map(.peak_kb)), wall_s: ($all | rounds($name) | map(.median)),
+           cpu_s: ($all | rounds($name) | map(.user + .system)),
+           first_byte_us, system_calls, instructions: (.instructions | add)})),
+       big_upload: {mebibytes: .mebibytes[0], library: (.big_upload.library | uploads),
+           curl: (.big_upload.curl | uploads),
+           peak_kb_by_mib: (.big_upload.grown | map_values(map_values(map(.peak_kb))))},
+       nanoseconds: ([.micro[][].benchmarks[] | select(.run_type == "iteration")] | group_by(.name)
+           | map({(.[0].name): ((map(.cpu_time) | sort | .[length / 2 | floor])
+               * {ns: 1, us: 1e3, ms: 1e6}[.[0].time_unit])}) | add),
+       calls: (.calls | add)}' "$results"/*

@@ -1,5 +1,5 @@
-// So that system calls can be counted: BENCH_ITERATIONS in the environment fixes how often each
-// operation runs.
+// The environment variable BENCH_ITERATIONS fixes how often each operation runs, so that strace can
+// count its system calls.
 #pragma once
 
 #include <benchmark/benchmark.h>

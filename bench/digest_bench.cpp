@@ -1,4 +1,4 @@
-// The signer beside OpenSSL's own HMAC with the quickest way to hex digits.
+// The signer against OpenSSL's own HMAC with the fastest conversion to hex digits.
 #include <benchmark/benchmark.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>

@@ -1,12 +1,8 @@
-/* A call that does nothing, in a shared library of its own: what calling cloud_log costs at least.
- */
-#ifndef CLOUDAGENT_BENCH_EMPTY_CALL_H
-#define CLOUDAGENT_BENCH_EMPTY_CALL_H
+/* An empty call into a shared library: the least that cloud_log can cost. */
+#pragma once
 
 #ifdef __cplusplus
 extern "C"
 #endif
     void
     empty_log(const char *format, ...);
-
-#endif

@@ -1,7 +1,6 @@
 /*
- * first_byte COUNT COMMAND [ARGUMENT...]: starts the command COUNT times and prints, one line each,
- * the microseconds from its start to its first byte at the device's local service, whose place on
- * 127.0.0.1:8000 it takes. Each command is killed then.
+ * first_byte COMMAND [ARGUMENT...]: starts the command, prints the microseconds until its
+ * first byte at the local service's port (127.0.0.1:8000), where it listens, and kills it.
  */
 #define _GNU_SOURCE
 #include <arpa/inet.h>
@@ -35,29 +34,26 @@ static int listener(void) {
 }
 
 int main(int argc, char **argv) {
-    if (argc < 3) {
-        fprintf(stderr, "usage: first_byte COUNT COMMAND [ARGUMENT...]\n");
+    if (argc < 2) {
+        fprintf(stderr, "usage: first_byte COMMAND [ARGUMENT...]\n");
         return 2;
     }
     const int server = listener();
-    for (int left = atoi(argv[1]); left > 0; --left) {
-        const long start = microseconds();
-        const pid_t child = fork();
-        if (child == 0) {
-            setpgid(0, 0);
-            execvp(argv[2], argv + 2);
-            perror(argv[2]);
-            _exit(127);
-        }
-        const int client = accept4(server, NULL, NULL, SOCK_CLOEXEC);
-        char byte;
-        if (recv(client, &byte, 1, 0) == 1) {
-            printf("%ld\n", microseconds() - start);
-        }
-        kill(-child, SIGKILL);
-        close(client);
-        waitpid(child, NULL, 0);
-        unlink("/tmp/kdump_process_segmentrace");
+    const long start = microseconds();
+    const pid_t child = fork();
+    if (child == 0) {
+        setpgid(0, 0);
+        execvp(argv[1], argv + 1);
+        perror(argv[1]);
+        _exit(127);
     }
+    const int client = accept4(server, NULL, NULL, SOCK_CLOEXEC);
+    char byte;
+    if (recv(client, &byte, 1, 0) == 1) {
+        printf("%ld\n", microseconds() - start);
+    }
+    kill(-child, SIGKILL);
+    waitpid(child, NULL, 0);
+    unlink("/tmp/kdump_process_segmentrace");
     return 0;
 }

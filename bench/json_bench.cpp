@@ -1,4 +1,4 @@
-// The JSON layer beside bare cJSON: a status reply, growing arrays of them, numbers, texts.
+// The JSON layer against bare cJSON: a status reply, growing arrays of them, numbers, texts.
 #include <benchmark/benchmark.h>
 #include <cjson/cJSON.h>
 
@@ -18,7 +18,7 @@ constexpr const char *kStatusReply =
     R"( "gateway": "192.168.1.1", "dns": ["192.168.1.1", "192.168.1.2"], "mtu": 1500},)"
     R"( "proxy": {"enable": 0, "server": "proxy.example.com", "port": 3128}}})";
 
-// The element alone for a size of 0, else an array of as many as make up the size.
+// The element alone for size 0, else an array of elements that fills the size.
 std::string document(const benchmark::State &state, const std::string &element) {
     const std::size_t size = static_cast<std::size_t>(state.range(0)) * 1024;
     if (size == 0) {

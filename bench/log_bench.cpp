@@ -1,6 +1,5 @@
-// A log line that goes nowhere beside an empty call through the same kind of library, and one that
-// is written beside the system calls and the time conversion that it consists of. Runs in a private
-// world, where the console can be one that takes everything.
+// A disabled log line against an empty call through a shared library, and a written one against its
+// system calls and its time conversion. In a private world the console can be /dev/null.
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -11,7 +10,8 @@
 #include "counted.h"
 #include "empty_call.h"
 #include "log/log.h"
-#include "private_world.h"
+#include "testing/private_world.h"
+#include "testing/shown_folders.h"
 
 namespace {
 
@@ -69,6 +69,7 @@ BENCHMARK(log_to_file)->Apply(iterations);
 
 int main(int argc, char **argv) {
     world::enter();
+    world::move_inside(argv);
     if (mount("/dev/null", "/dev/console", nullptr, MS_BIND, nullptr) != 0) {
         std::perror("/dev/console");
         return 1;

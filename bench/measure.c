@@ -1,9 +1,8 @@
 /*
- * measure FILE COMMAND [ARGUMENT...]: runs the command and appends one JSON line to FILE: wall,
- * user and system time in seconds, the command's peak resident memory in KiB. Ends as the command
- * ends.
+ * measure FILE COMMAND [ARGUMENT...]: runs the command and appends one JSON line to FILE: its wall,
+ * user and system time in seconds, its peak resident memory in KiB. Exits with its status.
  *
- * Small and in C, because a process starts out with the peak memory of the one that started it.
+ * Small and in C, because a process inherits its parent's peak memory.
  */
 #include <stdio.h>
 #include <sys/resource.h>

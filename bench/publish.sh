@@ -1,17 +1,23 @@
 #!/usr/bin/env bash
-# Usage: publish.sh RESULTS DOCS_FOLDER: writes benchmarks.json, the plots, and the figures between
-# the markers of benchmarks.md.
+# Usage: publish.sh RESULTS DOCS_FOLDER: writes benchmarks.json, the figures between the markers of
+# benchmarks.md, and the plots.
 set -euo pipefail
 
 results=$1 docs=$2
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+here=$(dirname "$0")
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
 
-jq -L "$here" 'include "report"; with_ratios' "$results" >"$docs/benchmarks.json"
-jq -r -j -L "$here" --rawfile document "$docs/benchmarks.md" 'include "report"; fill($document)' \
-    "$results" >"$docs/benchmarks.md.new"
-mv "$docs/benchmarks.md.new" "$docs/benchmarks.md"
+# report [OPTION...] FILTER
+report() {
+    jq -L "$here" "${@:1:$#-1}" "include \"report\"; ${*: -1}" "$results"
+}
+
+report with_ratios >"$scratch/json"
+# shellcheck disable=SC2016  # jq's variable
+report -rj --rawfile document "$docs/benchmarks.md" 'fill($document)' >"$scratch/md"
+report -r plot_data >"$scratch/plots"
 mkdir -p "$docs/benchmarks"
-for plot in $(jq -n -r -L "$here" 'include "plots"; names[]'); do
-    jq -r -L "$here" --arg plot "$plot" 'include "plots"; draw($plot)' "$results" \
-        >"$docs/benchmarks/$plot.svg"
-done
+gnuplot -e "data = '$scratch/plots'; folder = '$docs/benchmarks/'" "$here/plots.gp"
+cp "$scratch/json" "$docs/benchmarks.json"
+cp "$scratch/md" "$docs/benchmarks.md"

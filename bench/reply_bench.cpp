@@ -1,4 +1,4 @@
-// Collecting a reply in memory beside the least that growing a text takes.
+// Collecting a reply in memory against a plain realloc loop.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>

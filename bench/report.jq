@@ -1,9 +1,9 @@
-# What was measured (collect.sh's document, the input of every function here) as ratios with their
-# targets and as Markdown tables.
+# Ratios with their targets, Markdown tables and data for plots. The input of every function is the
+# document that collect.sh prints.
 
 def median: sort | (.[(length - 1) / 2 | floor] + .[length / 2 | floor]) / 2;
 
-# Of two rows of numbers measured in turns: the median of the quotients, pair by pair.
+# The median quotient of two rows of numbers measured in turns.
 def in_turns($a; $b): [range($a | length) | $a[.] / $b[.]] | median;
 
 def fixed($digits):
@@ -16,85 +16,68 @@ def megabytes: . * 1024 / 1e6 | fixed(1);
 def row: "| " + join(" | ") + " |\n";
 def table($heads): ($heads | row) + ($heads | map("---") | row) + (map(row) | add);
 
-def one_line($times): reduce (.calls[$times] | to_entries[]) as $call (""; . + "\($call.value) \($call.key), ")
-    | .[:-2];
-
-# {subject, against, value, most}: measured beside what, the ratio, and the most it may be.
-def ratio($subject; $against; $value; $most):
-    {subject: $subject, against: $against, value: $value, most: $most};
-
-def whole_run_ratios:
-    .rivals as $r
-    | def walls($a; $b): in_turns($r[$a].wall_s; $r[$b].wall_s);
-    def processor($a; $b): in_turns($r[$a].cpu_s; $r[$b].cpu_s);
-    def medians($a; $b; $of): ($r[$a][$of] | median) / ($r[$b][$of] | median);
-    [ratio("whole run, wall"; "shell script"; walls("device"; "script"); 0.25),
-     ratio("whole run, wall"; "bare libcurl program"; walls("device"; "bare_device"); 1.05),
-     ratio("whole run, processor time"; "shell script"; processor("device"; "script"); 0.25),
-     ratio("whole run, processor time"; "bare libcurl program"; processor("device"; "bare_device"); 1.05),
-     ratio("whole run, wall, shared libraries"; "bare program, distribution's libcurl";
-        walls("release"; "bare_system"); 1.05),
-     ratio("whole run, system calls"; "bare libcurl program";
-        medians("device"; "bare_device"; "system_calls"); 1.05),
-     ratio("whole run, instructions"; "bare libcurl program";
-        $r.device.instructions / $r.bare_device.instructions; 1.05),
-     ratio("first byte"; "bare libcurl program"; in_turns($r.device.first_byte_us;
-        $r.bare_device.first_byte_us); null)];
-
-def flatness($peaks): [$peaks[] | median] | max / min;
-
-def upload_ratios:
-    .big_upload as $b
-    | "`curl -T`, \($b.mebibytes) MiB" as $against
-    | [ratio("upload, wall"; $against; in_turns($b.library.wall_s; $b.curl.wall_s); 1.03),
-       ratio("upload, processor time"; $against; in_turns($b.library.cpu_s; $b.curl.cpu_s); 1.03),
-       ratio("upload, peak memory"; $against;
-           ($b.library.peak_kb | median) / ($b.curl.peak_kb | median); 0.5),
-       ratio("upload, peak memory, most of all sizes"; "least of all sizes";
-           flatness($b.peak_kb_by_mib.library); 1.05)];
-
-# The largest ratio of two operations over a row of arguments.
-def worst($a; $b; $arguments): . as $all | [$arguments[] | $all.nanoseconds[$a + .] / $all.nanoseconds[$b + .]] | max;
+def one_line($name): .calls[$name] // {} | to_entries | map("\(.value) \(.key)") | join(", ");
 
 def json_sizes: [0, 16, 64, 256, 1024, 4096];
 def reply_sizes: [1, 4, 16, 64, 256];
 def digest_sizes: [64, 256, 1024, 4096, 16384, 65536, 262144, 1048576];
 
-# How the time for each byte grows from one size to a larger one: 1 is linear.
+# The largest ratio of two operations over several arguments.
+def worst($a; $b; $arguments): .nanoseconds as $ns | [$arguments[] | $ns["\($a)\(.)"] / $ns["\($b)\(.)"]] | max;
+
+# Growth of the time per byte from one size to a larger one: 1 is linear.
 def growth($operation; $small; $large):
-    (.nanoseconds[$operation + "\($large)"] / .nanoseconds[$operation + "\($small)"])
-        / ($large / $small);
+    .nanoseconds["\($operation)\($large)"] / .nanoseconds["\($operation)\($small)"] / ($large / $small);
 
 def total_calls($name): [.calls[$name][]] | add;
 
-def operation_ratios:
-    [ratio("log line, logging off"; "empty call"; .nanoseconds.log_off / .nanoseconds.empty_call; 2),
-     ratio("JSON, a status reply"; "bare cJSON"; worst("layer/status/KiB:"; "cjson/status/KiB:"; ["0"]); 1.5),
-     ratio("JSON, 1 MB of status replies"; "bare cJSON";
-         worst("layer/status/KiB:"; "cjson/status/KiB:"; ["1024"]); 1.5),
-     ratio("JSON, 1 MB of numbers"; "bare cJSON";
-         worst("layer/numbers/KiB:"; "cjson/numbers/KiB:"; ["1024"]); 1.5),
-     ratio("JSON, 1 MB of texts"; "bare cJSON";
-         worst("layer/texts/KiB:"; "cjson/texts/KiB:"; ["1024"]); 1.5),
-     ratio("JSON, growth of the time a byte from 1 to 4 MiB"; "bare cJSON's growth";
-         growth("layer/status/KiB:"; 1024; 4096) / growth("cjson/status/KiB:"; 1024; 4096); 1.1),
-     ratio("reply in memory, worst of 1 to 256 MiB"; "plain realloc";
-         worst("reply_write/MiB:"; "plain_realloc/MiB:"; reply_sizes | map(tostring)); 1.05),
-     ratio("reply in memory, growth of the time a byte from 64 to 256 MiB"; "plain realloc's growth";
-         growth("reply_write/MiB:"; 64; 256) / growth("plain_realloc/MiB:"; 64; 256); 1.1),
-     ratio("signature, worst of 64 B to 1 MiB"; "OpenSSL's HMAC";
-         worst("signer/bytes:"; "openssl_hmac/bytes:"; digest_sizes | map(tostring)); 1.05),
-     ratio("state file read, system calls"; "fopen, fscanf, fclose";
-         total_calls("getter") / total_calls("plain_read"); 1),
-     ratio("state file written, system calls"; "fopen, fprintf, fclose";
-         total_calls("setter") / total_calls("plain_write"); 1)];
-
-def ratios: whole_run_ratios + upload_ratios + operation_ratios;
+# Each with its target: the largest value allowed, or null.
+def ratios:
+    .rivals as $r
+    | .big_upload as $b
+    | "`curl -T`, \($b.mebibytes) MiB" as $curl
+    | def turns($of; $a; $b): in_turns($r[$a][$of]; $r[$b][$of]);
+    def turns($of; $b): turns($of; "device"; $b);
+    def json($what): worst("layer/\($what)/KiB:"; "cjson/\($what)/KiB:"; [1024]);
+    [["whole run, wall", "shell script", turns("wall_s"; "script"), 0.25],
+     ["whole run, wall", "bare libcurl program", turns("wall_s"; "bare_device"), 1.05],
+     ["whole run, processor time", "shell script", turns("cpu_s"; "script"), 0.25],
+     ["whole run, processor time", "bare libcurl program", turns("cpu_s"; "bare_device"), 1.05],
+     ["whole run, wall, shared libraries", "bare program, distribution's libcurl",
+         turns("wall_s"; "release"; "bare_system"), 1.05],
+     ["whole run, system calls", "bare libcurl program",
+         ($r.device.system_calls | median) / ($r.bare_device.system_calls | median), 1.05],
+     ["whole run, instructions", "bare libcurl program",
+         $r.device.instructions / $r.bare_device.instructions, 1.05],
+     ["first byte", "bare libcurl program", turns("first_byte_us"; "bare_device"), null],
+     ["upload, wall", $curl, in_turns($b.library.wall_s; $b.curl.wall_s), 1.03],
+     ["upload, processor time", $curl, in_turns($b.library.cpu_s; $b.curl.cpu_s), 1.03],
+     ["upload, peak memory", $curl, ($b.library.peak_kb | median) / ($b.curl.peak_kb | median), 0.5],
+     ["upload, peak memory, most of all sizes", "least of all sizes",
+         ([$b.peak_kb_by_mib.library[] | median] | max / min), 1.05],
+     ["log line, logging off", "empty call", .nanoseconds.log_off / .nanoseconds.empty_call, 2],
+     ["JSON, a status reply", "bare cJSON", worst("layer/status/KiB:"; "cjson/status/KiB:"; [0]), 1.5],
+     ["JSON, 1 MB of status replies", "bare cJSON", json("status"), 1.5],
+     ["JSON, 1 MB of numbers", "bare cJSON", json("numbers"), 1.5],
+     ["JSON, 1 MB of texts", "bare cJSON", json("texts"), 1.5],
+     ["JSON, growth of the time per byte from 1 to 4 MiB", "bare cJSON's growth",
+         growth("layer/status/KiB:"; 1024; 4096) / growth("cjson/status/KiB:"; 1024; 4096), 1.1],
+     ["reply in memory, worst of 1 to 256 MiB", "plain realloc",
+         worst("reply_write/MiB:"; "plain_realloc/MiB:"; reply_sizes), 1.05],
+     ["reply in memory, growth of the time per byte from 64 to 256 MiB", "plain realloc's growth",
+         growth("reply_write/MiB:"; 64; 256) / growth("plain_realloc/MiB:"; 64; 256), 1.1],
+     ["signature, worst of 64 B to 1 MiB", "OpenSSL's HMAC",
+         worst("signer/bytes:"; "openssl_hmac/bytes:"; digest_sizes), 1.05],
+     ["state file read, system calls", "fopen, fscanf, fclose",
+         total_calls("getter") / total_calls("plain_read"), 1],
+     ["state file written, system calls", "fopen, fprintf, fclose",
+         total_calls("setter") / total_calls("plain_write"), 1]]
+    | map({subject: .[0], against: .[1], value: .[2], most: .[3]});
 
 def glance:
     ratios | map([.subject, .against, (.value | fixed(2))] + if .most == null then ["", ""] else
         ["≤ \(.most)", if .value <= .most then "met" else "**short**" end] end)
-    | table(["measured", "beside", "ratio", "target", ""]);
+    | table(["measured", "against", "ratio", "target", ""]);
 
 def rival_titles:
     {device: "`kdump` of preset `device`", bare_device: "bare program on the same static libcurl",
@@ -125,7 +108,7 @@ def uploads:
 
 def microseconds($name): .nanoseconds[$name] / 1000 | if . < 10 then fixed(2) else fixed(0) end;
 
-# One line an argument: what it is called, both operations, their quotient.
+# One line per argument: its title, both operations, their quotient.
 def beside($a; $b; $head; $titles):
     . as $all
     | [$titles | to_entries[] | .key as $key | [.value, ($all | microseconds($a + $key)),
@@ -149,7 +132,7 @@ def operations($rows):
     . as $all
     | [$rows | to_entries[] | .key as $name
         | [.value, ($all.nanoseconds[$name] | if . < 100 then fixed(2) else fixed(0) end),
-           if $all.calls[$name] then ($all | one_line($name)) else "" end]]
+           ($all | one_line($name))]]
     | table(["", "ns", "system calls"]);
 
 def log: operations({empty_call: "empty call", log_off: "line, logging off",
@@ -163,14 +146,33 @@ def machine:
     .machine | "\(.processor), \(.cores) cores; \(.system), \(.kernel); load averages at the end \(.load).\n"
     + "Versions: \([.versions | to_entries[] | "\(.key) \(.value)"] | join(", ")).\n";
 
-# Every part of docs/benchmarks.md that is made here, by the name in its markers.
+# The generated parts of docs/benchmarks.md, by the names in their markers.
 def parts: {glance: glance, whole_run: whole_run, uploads: uploads, json: json, replies: replies,
     digests: digests, log: log, state: state, machine: machine};
 
-# The document of docs/benchmarks.json.
+# The tables that plots.gp draws: bars without heads, then curves, two empty lines between them.
+def plot_data:
+    . as $all
+    | def bars(value): [rival_titles | to_entries[]
+        | "\"\(.value | gsub("`"; ""))\"\t\($all.rivals[.key] | value)\n"] | add;
+    def curve($name; points): "\"\($name)\"\n" + ([points | "\(.[0])\t\(.[1])\n"] | add);
+    def peaks($who): .big_upload.peak_kb_by_mib[$who] | to_entries | sort_by(.key | tonumber)[]
+        | [.key, (.value | median)];
+    def times($operation; $sizes; $bytes): $sizes[]
+        | [. * $bytes, $all.nanoseconds[$operation + "\(.)"] / 1e9];
+    [bars(.wall_s | median * 1000), bars(.peak_kb | median * 1024 / 1e6),
+     curve("api_TFA_post_FILE"; peaks("library")), curve("curl -T"; peaks("curl")),
+     curve("http_reply_write"; times("reply_write/MiB:"; reply_sizes; 1048576)),
+     curve("plain realloc"; times("plain_realloc/MiB:"; reply_sizes; 1048576)),
+     curve("JSON layer"; times("layer/status/KiB:"; json_sizes[1:]; 1024)),
+     curve("bare cJSON"; times("cjson/status/KiB:"; json_sizes[1:]; 1024)),
+     curve("hmac_sha256_hex"; times("signer/bytes:"; digest_sizes; 1))]
+    | join("\n\n");
+
+# The content of docs/benchmarks.json.
 def with_ratios: . + {ratios: ratios};
 
-# Puts the parts between their markers in a document.
+# The document with the parts between their markers.
 def fill($document):
     parts as $parts
     | reduce ($parts | keys[]) as $name ($document;

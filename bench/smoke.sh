@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Usage: smoke.sh BUILD_FOLDER
 #
-# Whether the measuring programs of single operations still run, and what in their figures never
-# drifts: system calls. Then whether a recorded measurement still makes tables and plots.
+# Checks that the benchmarks of single operations run, that the numbers of their system calls, which
+# never drift, are right, and that the recorded results still make the same tables and plots.
 set -euo pipefail
 
 build=$1
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-scratch=$(mktemp -d "$build/bench-smoke.XXXXXX") # not in /tmp: private worlds have their own
+here=$(dirname "$0")
+scratch=$(mktemp -d "$build/bench-smoke.XXXXXX") # /tmp is not visible in a private world
 trap 'rm -rf "$scratch"' EXIT
 
 cmake --build "$build" --target benchmarks --parallel "$(nproc)" >"$scratch/output" 2>&1 ||
@@ -16,7 +16,6 @@ cmake --build "$build" --target benchmarks --parallel "$(nproc)" >"$scratch/outp
 for subject in digest json log reply state; do
     "$build/bench/${subject}_bench" --benchmark_min_time=0.001 --benchmark_out="$scratch/$subject" \
         --benchmark_out_format=json >"$scratch/output" 2>&1 || { cat "$scratch/output" && exit 1; }
-    # Every operation, and none that ended with an error.
     jq -e '(.benchmarks | length) >= 4 and all(.benchmarks[]; .error_occurred != true)' "$scratch/$subject" \
         >/dev/null || { echo "$subject: not every operation ran" && exit 1; }
 done

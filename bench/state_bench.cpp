@@ -1,10 +1,11 @@
-// Reading and writing a one-value state file beside plain stdio. Runs in a private world, because
-// state files have fixed places.
+// Reading and writing a one-value state file against plain stdio. Runs in a private world, because
+// state files have fixed paths.
 #include <cstdio>
 
 #include "counted.h"
-#include "private_world.h"
 #include "state/credentials.h"
+#include "testing/private_world.h"
+#include "testing/shown_folders.h"
 
 namespace {
 
@@ -49,6 +50,7 @@ BENCHMARK(getter)->Apply(iterations);
 
 int main(int argc, char **argv) {
     world::enter();
+    world::move_inside(argv);
     api_omcloud_seqno_set(4711);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -1,15 +1,13 @@
 #!/usr/bin/env bash
 # Usage (inside the virtual device): whole_run.sh RESULT_FOLDER BUILD_FOLDER ROUNDS
 #
-# A whole upload of the segment trace beside rivals that do the same: times in rounds, so that
-# what else the machine does meets all alike; peak memory; system calls; instructions.
+# A whole upload of the segment trace, by the program and by its rivals: peak memory, system calls,
+# instructions, and times in rounds, so that other load on the machine affects all alike.
 set -euo pipefail
 
 results=$1 build=$2 rounds=$3
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 dump=/mnt/data/iss_config/segmentrace.txt
-# shellcheck source=bench/rivals.sh
-. "$here/rivals.sh"
+. "$(dirname "$0")/rivals.sh"
 
 cat >/tmp/prepare <<'END'
 #!/bin/sh
@@ -18,9 +16,9 @@ cp /tmp/dump_kept /mnt/data/iss_config/segmentrace.txt
 END
 chmod +x /tmp/prepare
 cp "$dump" /tmp/dump_kept
-echo 0 >/mnt/data/iss_config/current_config/cloud_debug # nobody watches the console
+echo 0 >/mnt/data/iss_config/current_config/cloud_debug # no console output
 
-# Runs a rival under the command line before it; whoever does not upload the dump must not win.
+# upload_under COMMAND...: runs it; fails unless the dump was uploaded.
 upload_under() {
     /tmp/prepare
     "$@" >/tmp/output 2>&1
@@ -35,19 +33,17 @@ timed=()
 for name in "${rival_names[@]}"; do
     read -ra command <<<"${rival_commands[$name]}"
     timed+=(--command-name "$name" "${rival_commands[$name]}")
-    rm -f "$results/whole_run.$name".*
-    # How often a program must wait, and so what it calls, varies a little.
-    for _ in {1..15}; do
-        upload_under "$build/device/bench/measure" "$results/whole_run.$name.usage" "${command[@]}"
+    for _ in {1..15}; do # the number of waits varies, and with it the number of system calls
+        upload_under "$build/device/bench/measure" "$results/rivals.$name.usage" "${command[@]}"
         upload_under strace -f -c -U calls,name -o /tmp/calls "${command[@]}"
-        awk '$2 == "total" { print $1 }' /tmp/calls >>"$results/whole_run.$name.calls"
+        awk '$2 == "total" { print $1 }' /tmp/calls >>"$results/rivals.$name.system_calls"
     done
     upload_under valgrind --tool=callgrind --callgrind-out-file=/dev/null --trace-children=yes \
         "${command[@]}"
-    sed -n 's/.*Collected : \([0-9]*\).*/\1/p' /tmp/output >"$results/whole_run.$name.instructions"
+    sed -n 's/.*Collected : \([0-9]*\).*/\1/p' /tmp/output >"$results/rivals.$name.instructions"
 done
 
 for ((round = 1; round <= rounds; round++)); do
     hyperfine --style none --shell none --runs 3 --prepare /tmp/prepare \
-        --export-json "$results/whole_run.times.$round" "${timed[@]}" >/dev/null
+        --export-json "$results/times.$round" "${timed[@]}" >/dev/null
 done

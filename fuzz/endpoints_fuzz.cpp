@@ -1,5 +1,5 @@
 // Any content of the files that override the cloud's endpoints, and any URL stored in them.
-// Input: what the caller's buffer holds before, on a line; then the content of the file.
+// Input: a line with the caller's buffer before the call; then the content of the file.
 #include <cctype>
 #include <cstring>
 
@@ -52,8 +52,9 @@ void check_storing(const Endpoint &endpoint, const char *text) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
     world::enter();
+    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
     return 0;
 }
 

@@ -1,13 +1,13 @@
-// Any marker of a firmware upload, and any status of the process it names. Process 1 is the one
-// whose status the input gives; no signal is sent.
-// Input: the marker's content and the status, in blocks; a third block that is not empty lets a
-// signal fail.
+// Any marker of a firmware upload, and any status of the process it names. The status is that of
+// process 1; no signal is sent.
+// Input, in blocks: the marker's content, the status; a third block, if not empty, makes signals
+// fail.
 #include <sys/mount.h>
 
 #include <csignal>
 
 #include "device/firmware_upload_watch.h"
-#include "stand_ins.h"
+#include "in_product.h"
 #include "world.h"
 
 namespace {
@@ -25,7 +25,7 @@ int send_signal(int pid, int number) {
     return signals_fail ? -1 : 0;
 }
 
-const fuzz::StandIns kStandIns = {nullptr, nullptr, nullptr, send_signal};
+const fuzz::Answers kAnswers = {nullptr, nullptr, send_signal, nullptr};
 
 void check(uint32_t result, std::string_view marker) {
     const bool has_marker = fuzz::exists(kMarker);
@@ -45,8 +45,9 @@ void check(uint32_t result, std::string_view marker) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
     world::enter();
+    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
     REQUIRE(mkdir("/tmp/cgi", 0755) == 0);
     REQUIRE(mount("tmpfs", "/proc/1", "tmpfs", 0, nullptr) == 0);
     return 0;
@@ -63,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     const int descriptor = fuzz::free_descriptor();
     uint32_t result = 0;
     {
-        const fuzz::InProduct in_product(kStandIns);
+        const fuzz::InProduct in_product(kAnswers);
         result = SN_Check_FW_upload_status();
     }
     check(result, marker);

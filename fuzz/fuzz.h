@@ -1,7 +1,7 @@
 /*
- * What the fuzz targets share. A target is one file NAME_fuzz.cpp with LLVMFuzzerTestOneInput, a
- * row in the file `targets`, and handwritten and minimised inputs in corpus/NAME/. With clang it is
- * a libFuzzer program; with any other compiler replay_main.cpp runs it over its corpus.
+ * Shared by the fuzz targets. A target is a file NAME_fuzz.cpp with LLVMFuzzerTestOneInput, a row
+ * in the file `targets`, and handwritten and minimised inputs in corpus/NAME/. With clang it is a
+ * libFuzzer program; with other compilers replay_main.cpp runs it over its corpus.
  */
 #pragma once
 
@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-// Ends the program with the place, as a finding, unless the condition holds.
+// A finding, unless the condition holds: aborts and prints the place.
 #define REQUIRE(condition) fuzz::require((condition), #condition, __FILE__, __LINE__)
 
 namespace fuzz {
@@ -25,8 +25,8 @@ inline void require(bool holds, const char *condition, const char *file, int lin
     }
 }
 
-// One input, taken apart from its beginning. Parts are lines, or blocks that lines of "--"
-// separate, so that inputs can be written by hand.
+// One input, read from its beginning. Parts are lines, or blocks separated by lines of "--", so
+// that inputs can be written by hand.
 class Input {
   public:
     Input(const uint8_t *data, std::size_t size)
@@ -57,7 +57,7 @@ class Input {
     std::string_view rest_;
 };
 
-// As a C text of its own: AddressSanitizer sees a read behind its end.
+// A C text on the heap: AddressSanitizer detects a read past its end.
 inline std::unique_ptr<char[]> c_text(std::string_view text) {
     std::unique_ptr<char[]> copy(new char[text.size() + 1]);
     text.copy(copy.get(), text.size());
@@ -65,7 +65,7 @@ inline std::unique_ptr<char[]> c_text(std::string_view text) {
     return copy;
 }
 
-// A caller's buffer on the heap, all zero: AddressSanitizer sees a write behind its end.
+// A zeroed buffer on the heap: AddressSanitizer detects a write past its end.
 inline std::unique_ptr<char[]> zeroed(std::size_t size) {
     return std::unique_ptr<char[]>(new char[size]());
 }

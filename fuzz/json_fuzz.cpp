@@ -1,5 +1,5 @@
-// Any bytes as a JSON text, in both number modes: what parses also prints and copies, what is
-// printed of whole numbers parses to the same tree, and a failure points into the text.
+// Any bytes as a JSON text, in both number modes: every document prints and copies; printed whole
+// numbers parse to the same tree; an error position lies in the text.
 #include <cjson/cJSON.h>
 
 #include <cstring>
@@ -7,6 +7,8 @@
 #include "fuzz.h"
 #include "json_parser/json_parser.h"
 #include "json_parser/owned_json.h"
+
+using cloudagent::OwnedJson;
 
 namespace {
 
@@ -28,7 +30,7 @@ bool same_tree(const JsonNode *a, const JsonNode *b) {
     return a == b;
 }
 
-// Whether every number is one that prints in full: an int, or an unsigned one.
+// Whether every number prints in full: an int, or an unsigned one.
 bool whole_numbers(const JsonNode *node) {
     for (; node; node = node->next) {
         if ((node->type == JSON_KIND_NUMBER && node->valuedouble != node->valueint) ||

@@ -1,15 +1,15 @@
-// Any texts in a log line that goes to the log file, where the finished line serves as a format
-// once more. Input: a character that chooses the line's own format; then the texts, a line each.
+// Any texts in a line of the log file, where the finished line serves as a format again.
+// Input: a character that chooses the line's own format; then the texts, one per line.
 //
-// Widths and precisions keep three digits unless no int holds them: each is a request for as many
-// bytes of output, and would be granted.
+// Widths and precisions are cut to three digits unless they exceed an int: each asks for as many
+// bytes of output.
 #include <algorithm>
 #include <cctype>
 #include <cstring>
 
 #include "fuzz.h"
+#include "in_product.h"
 #include "log/log.h"
-#include "stand_ins.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ std::FILE *open_log(const char *path, const char *mode) {
     return fopencookie(nullptr, mode, functions);
 }
 
-const fuzz::StandIns kStandIns = {open_log};
+const fuzz::Answers kAnswers = {open_log};
 
 std::string with_short_numbers(std::string_view text) {
     std::string result;
@@ -72,15 +72,14 @@ void log_one(char shape, const char *first, const char *second) {
 
 }  // namespace
 
-// AddressSanitizer's own reader of formats gives up, and the program with it, at conversions that
-// only libc understands.
+// AddressSanitizer's own format parser aborts at conversions that only libc understands.
 extern "C" const char *__asan_default_options() { return "check_printf=0"; }
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     setenv("TZ", "UTC0", 1);
     g_file_log = 1;
     std::strcpy(g_log_path, "the log");
-    // A line that cannot be written is shown there.
+    // stdout gets the lines that cannot be written.
     return std::freopen("/dev/null", "w", stdout) != nullptr ? 0 : 1;
 }
 
@@ -91,7 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     const std::unique_ptr<char[]> second = fuzz::c_text(with_short_numbers(input.line()));
     written.clear();
     {
-        const fuzz::InProduct in_product(kStandIns);
+        const fuzz::InProduct in_product(kAnswers);
         log_one(shape.empty() ? '0' : shape.front(), first.get(), second.get());
     }
     const std::string texts = std::string(first.get()) + "|" + second.get();
@@ -100,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     if (shape == "0" && !fuzz::contains(texts, "%")) {
         REQUIRE(written.substr(kStampLength) == texts);
     }
-    if (shape == "0") {  // what stands before the first conversion is as it was
+    if (shape == "0") {  // the text before the first conversion stays
         const std::size_t plain = std::min(texts.find('%'), texts.size());
         REQUIRE(written.compare(kStampLength, plain, texts, 0, plain) == 0);
     }

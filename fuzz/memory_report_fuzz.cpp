@@ -1,4 +1,4 @@
-// Any content of /proc/meminfo, read beside a plain second reading of it.
+// Any content of /proc/meminfo, compared with a second, plain reader.
 // Input: the content.
 #include <sys/mount.h>
 
@@ -15,7 +15,7 @@ constexpr const char *kReport = "/run/world/meminfo";
 
 int report = -1;
 
-// Beyond unsigned long the largest one counts.
+// Saturates at the largest unsigned long.
 uint32_t number_in(std::string_view text) {
     const auto is_digit = [](unsigned char c) { return std::isdigit(c) != 0; };
     unsigned long number = 0;
@@ -59,8 +59,9 @@ MemInfo read_plainly(std::string_view content, MemInfo info) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
     world::enter();
+    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
     report = open(kReport, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     REQUIRE(mount(kReport, "/proc/meminfo", "", MS_BIND, nullptr) == 0);
     return 0;

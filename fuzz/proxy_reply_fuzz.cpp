@@ -1,5 +1,5 @@
 // Any reply of the local service as the device's proxy settings.
-// Input: the proxy in use so far, on a line; then two replies, for two readings in turn.
+// Input: a line with the proxy in use; then two replies, for two calls.
 #include <algorithm>
 #include <cstring>
 
@@ -13,7 +13,7 @@ constexpr std::size_t kSize = sizeof g_proxy_server;
 
 bool is_proxy(std::string_view text) {
     const std::size_t colon = text.rfind(':');
-    return text.size() == kSize - 1 ||  // cut
+    return text.size() == kSize - 1 ||  // truncated
            (colon != std::string_view::npos && colon + 1 < text.size() &&
             std::all_of(text.begin() + colon + 1, text.end(),
                         [](char c) { return c >= '0' && c <= '9'; }));

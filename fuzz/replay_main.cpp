@@ -1,12 +1,10 @@
-// Runs a fuzz target over files, or over all files of folders, for compilers without libFuzzer.
+// Runs a fuzz target over files and the files of folders, for compilers without libFuzzer.
 // Usage: NAME_fuzz FILE-OR-FOLDER...
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
+#include <set>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size);
@@ -14,29 +12,23 @@ extern "C" [[gnu::weak]] int LLVMFuzzerInitialize(int *argc, char ***argv);
 
 namespace {
 
-std::vector<std::string> files_of(const std::string &place) {
-    if (!std::filesystem::is_directory(place)) {
-        return {place};
-    }
-    std::vector<std::string> files;
-    for (const auto &entry : std::filesystem::directory_iterator(place)) {
-        files.push_back(entry.path().string());
-    }
-    std::sort(files.begin(), files.end());
-    return files;
-}
+int replayed = 0;
 
-bool replay(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    const std::vector<char> content{std::istreambuf_iterator<char>(file), {}};
-    if (file.bad() || !file.is_open()) {
-        std::fprintf(stderr, "%s cannot be read\n", path.c_str());
-        return false;
+void replay(const std::filesystem::path &path) {
+    if (std::filesystem::is_directory(path)) {
+        const std::filesystem::directory_iterator entries(path);
+        for (const auto &entry : std::set<std::filesystem::path>(begin(entries), end(entries))) {
+            replay(entry);
+        }
+        return;
     }
-    // At its exact size, so that AddressSanitizer sees a read behind the end.
-    const std::vector<uint8_t> input(content.begin(), content.end());
+    // Of the exact size, so that AddressSanitizer detects a read past the end.
+    std::vector<uint8_t> input(std::filesystem::file_size(path));
+    std::ifstream file(path, std::ios::binary);
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.read(reinterpret_cast<char *>(input.data()), static_cast<std::streamsize>(input.size()));
     LLVMFuzzerTestOneInput(input.data(), input.size());
-    return true;
+    ++replayed;
 }
 
 }  // namespace
@@ -45,14 +37,8 @@ int main(int argc, char **argv) {
     if (LLVMFuzzerInitialize != nullptr) {
         LLVMFuzzerInitialize(&argc, &argv);
     }
-    int replayed = 0;
     for (int i = 1; i < argc; ++i) {
-        for (const std::string &path : files_of(argv[i])) {
-            if (!replay(path)) {
-                return 1;
-            }
-            ++replayed;
-        }
+        replay(argv[i]);
     }
     std::fprintf(stderr, "%d inputs\n", replayed);
     return replayed > 0 ? 0 : 1;

@@ -1,11 +1,12 @@
 #include "replies.h"
 
-// The reader of the log dump asks for classic forms of some values.
+#include "testing/calls.h"
+
+// curl_info_dump asks for deprecated forms of some values.
 #define CURL_DISABLE_DEPRECATION
 #include <curl/curl.h>
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstring>
 #include <utility>
 
@@ -39,9 +40,9 @@ std::vector<fuzz::Request> all_requests;
 int handles = 0;
 int header_lines = 0;
 
-Handle *from(CURL *handle) { return static_cast<Handle *>(handle); }
+Handle &from(CURL *handle) { return *static_cast<Handle *>(handle); }
 
-// A number at the beginning of text, which it leaves; 0 to 999.
+// Removes a number, 0 to 999, from the beginning of text.
 int take_number(std::string_view &text) {
     int number = 0;
     for (int digits = 0; digits < 3 && !text.empty(); ++digits) {
@@ -66,7 +67,7 @@ Reply next_reply() {
         const int number = take_number(reply.body);
         if (sign == '#' && number >= 100) {
             reply.status = number;
-        } else if (sign == '#') {  // libcurl takes such a reply for no HTTP
+        } else if (sign == '#') {  // to libcurl such a reply is not HTTP
             reply.code = CURLE_UNSUPPORTED_PROTOCOL;
         } else {
             reply.code = std::clamp<int>(number, CURLE_UNSUPPORTED_PROTOCOL, CURL_LAST - 1);
@@ -75,7 +76,7 @@ Reply next_reply() {
     return reply;
 }
 
-// False when the callback refuses.
+// False if the callback refuses.
 bool deliver(const Handle &handle, std::string_view body) {
     for (std::size_t most = 1; !body.empty(); most *= 16) {
         const std::string_view chunk = body.substr(0, most);
@@ -120,91 +121,50 @@ int transfer(Handle &handle) {
     return reply.code;
 }
 
-void set_text(Handle &handle, unsigned option, const char *text) {
-    const std::string value = text != nullptr ? text : "";
+CURLcode set_option(CURL *curl, CURLoption option, calls::OptionValue value) {
+    Handle &handle = from(curl);
+    const auto *const text = static_cast<const char *>(value.pointer);
     switch (option) {
         case CURLOPT_URL:
-            handle.url = value;
+            handle.url = text != nullptr ? text : "";
             handle.has_url = text != nullptr;
             break;
         case CURLOPT_CUSTOMREQUEST:
-            handle.method = value;
+            handle.method = text;
             break;
         case CURLOPT_POSTFIELDS:
             REQUIRE(text != nullptr);  // libcurl would read standard input
-            handle.body = value;
+            handle.body = text;
             break;
         case CURLOPT_PROXY:
-            handle.proxy = value;
+            handle.proxy = text;
+            break;
+        case CURLOPT_WRITEFUNCTION:
+            handle.write = reinterpret_cast<curl_write_callback>(value.pointer);
+            break;
+        case CURLOPT_WRITEDATA:
+            handle.write_data = value.pointer;
+            break;
+        case CURLOPT_READDATA:
+            handle.upload = static_cast<std::FILE *>(value.pointer);
+            break;
+        case CURLOPT_INFILESIZE_LARGE:
+            handle.upload_size = value.number;
+            break;
+        case CURLOPT_ERRORBUFFER:
+            handle.error_text = static_cast<char *>(value.pointer);
+            break;
+        case CURLOPT_FAILONERROR:
+            handle.fails_on_error = value.number != 0;
             break;
         default:
             break;
     }
-}
-
-}  // namespace
-
-namespace fuzz {
-
-void answer_with(Input &replies, std::string_view last) {
-    input = &replies;
-    last_reply = last;
-    all_requests.clear();
-}
-
-const std::vector<Request> &requests() { return all_requests; }
-
-bool all_released() { return handles == 0 && header_lines == 0; }
-
-}  // namespace fuzz
-
-extern "C" {
-
-CURLcode curl_global_init(long) { return CURLE_OK; }
-
-CURL *curl_easy_init() {
-    ++handles;
-    return new Handle;
-}
-
-void curl_easy_cleanup(CURL *handle) {
-    handles -= handle != nullptr ? 1 : 0;
-    delete from(handle);
-}
-
-// va_start cannot follow an enumeration, which is what libcurl declares; so these have names of
-// their own here.
-CURLcode set_option(CURL *curl, unsigned option, ...) __asm__("curl_easy_setopt");
-CURLcode get_info(CURL *curl, unsigned info, ...) __asm__("curl_easy_getinfo");
-
-CURLcode set_option(CURL *curl, unsigned option, ...) {
-    Handle &handle = *from(curl);
-    std::va_list values;
-    va_start(values, option);
-    if (option >= CURLOPTTYPE_OFF_T) {
-        const curl_off_t size = va_arg(values, curl_off_t);
-        if (option == CURLOPT_INFILESIZE_LARGE) {
-            handle.upload_size = size;
-        }
-    } else if (option == CURLOPT_WRITEFUNCTION) {
-        handle.write = va_arg(values, curl_write_callback);
-    } else if (option == CURLOPT_WRITEDATA) {
-        handle.write_data = va_arg(values, void *);
-    } else if (option == CURLOPT_READDATA) {
-        handle.upload = va_arg(values, std::FILE *);
-    } else if (option == CURLOPT_ERRORBUFFER) {
-        handle.error_text = va_arg(values, char *);
-    } else if (option >= CURLOPTTYPE_OBJECTPOINT && option != CURLOPT_HTTPHEADER) {
-        set_text(handle, option, va_arg(values, const char *));
-    } else if (option == CURLOPT_FAILONERROR) {
-        handle.fails_on_error = va_arg(values, long) != 0;
-    }
-    va_end(values);
     return CURLE_OK;
 }
 
-CURLcode curl_easy_perform(CURL *curl) {
-    Handle &handle = *from(curl);
+CURLcode perform(CURL *curl) {
+    Handle &handle = from(curl);
     const int code = transfer(handle);
     if (code != CURLE_OK && handle.error_text != nullptr) {
         std::memset(handle.error_text, 'e', CURL_ERROR_SIZE - 1);
@@ -215,33 +175,23 @@ CURLcode curl_easy_perform(CURL *curl) {
     return static_cast<CURLcode>(code);
 }
 
-CURLcode get_info(CURL *curl, unsigned info, ...) {
-    Handle &handle = *from(curl);
-    std::va_list values;
-    va_start(values, info);
+CURLcode get_info(CURL *curl, CURLINFO info, void *value) {
+    const Handle &handle = from(curl);
     switch (info & CURLINFO_TYPEMASK) {
         case CURLINFO_STRING:
-            *va_arg(values, const char **) =
+            *static_cast<const char **>(value) =
                 info == CURLINFO_EFFECTIVE_URL ? handle.url.c_str() : nullptr;
             break;
         case CURLINFO_DOUBLE:
-            *va_arg(values, double *) = 0.5;
+            *static_cast<double *>(value) = 0.5;
             break;
         default:
-            *va_arg(values, long *) = info == CURLINFO_RESPONSE_CODE ? handle.status : 0;
+            *static_cast<long *>(value) = info == CURLINFO_RESPONSE_CODE ? handle.status : 0;
     }
-    va_end(values);
     return CURLE_OK;
 }
 
-const char *curl_easy_strerror(CURLcode) { return "in this run's own words"; }
-
-curl_slist *curl_slist_append(curl_slist *list, const char *text) {
-    ++header_lines;
-    return new curl_slist{strdup(text), list};
-}
-
-void curl_slist_free_all(curl_slist *list) {
+bool free_list(curl_slist *list) {
     while (list != nullptr) {
         --header_lines;
         curl_slist *const next = list->next;
@@ -249,6 +199,44 @@ void curl_slist_free_all(curl_slist *list) {
         delete list;
         list = next;
     }
+    return true;
 }
 
-}  // extern "C"
+void answer_for_libcurl() {
+    calls::answer<curl_global_init>() = [](long) { return CURLE_OK; };
+    calls::answer<curl_easy_init>() = [] {
+        ++handles;
+        return new Handle;
+    };
+    calls::answer<curl_easy_cleanup>() = [](CURL *handle) {
+        handles -= handle != nullptr ? 1 : 0;
+        delete static_cast<Handle *>(handle);
+        return true;
+    };
+    calls::answer<calls::set_option>() = set_option;
+    calls::answer<curl_easy_perform>() = perform;
+    calls::answer<calls::get_info>() = get_info;
+    calls::answer<curl_easy_strerror>() = [](CURLcode) { return "in this run's own words"; };
+    calls::answer<curl_slist_append>() = [](curl_slist *list, const char *text) {
+        ++header_lines;
+        return new curl_slist{strdup(text), list};
+    };
+    calls::answer<curl_slist_free_all>() = free_list;
+}
+
+}  // namespace
+
+namespace fuzz {
+
+void answer_with(Input &replies, std::string_view last) {
+    answer_for_libcurl();
+    input = &replies;
+    last_reply = last;
+    all_requests.clear();
+}
+
+const std::vector<Request> &requests() { return all_requests; }
+
+bool all_released() { return handles == 0 && header_lines == 0; }
+
+}  // namespace fuzz

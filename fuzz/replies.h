@@ -1,8 +1,7 @@
 /*
- * In place of libcurl: no transfer leaves the process, each is answered by the next block of the
- * input. Linked into every target, ahead of the library.
+ * Answers for libcurl: no transfer leaves the process; the next block of the input answers each.
  *
- *   !7            the transfer fails with libcurl's code 7; what follows on the line arrives before
+ *   !7            the transfer fails with libcurl's code 7; the rest of the line arrives before
  *   #403 text     the reply has this status and the body "text"
  *   text          the reply has the status 200 and this body; an empty block is an empty body
  *
@@ -22,19 +21,19 @@ struct Request {
     std::string method;
     std::string url;
     std::string proxy;
-    std::string body;  // also the file, of an upload
-    int code;          // libcurl's, as the caller learnt it
-    long status;       // 0 when the transfer failed
+    std::string body;  // or the uploaded file
+    int code;          // libcurl's result
+    long status;       // 0 if the transfer failed
 };
 
-// From now on, transfers are answered by the blocks of `input`, which must stay; behind its end,
-// each by `last`. Forgets the requests so far.
+// The blocks of `input`, which must outlive the transfers, answer them; after its end `last`
+// answers each. Forgets earlier requests.
 void answer_with(Input &input, std::string_view last = "!7");
 
 // Everything transferred since answer_with.
 const std::vector<Request> &requests();
 
-// Nothing of libcurl's is left: handles, header lists.
+// Whether all handles and header lists have been freed.
 bool all_released();
 
 }  // namespace fuzz

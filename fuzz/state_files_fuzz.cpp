@@ -1,6 +1,6 @@
 // Any content of the one-value files, through every reader: state files, sequence number,
 // credentials, site, name servers and the turn.
-// Input: the device's compact MAC address, on a line; then the content.
+// Input: a line with the device's compact MAC address; then the content.
 #include <algorithm>
 #include <cctype>
 #include <cstring>
@@ -19,7 +19,7 @@
 
 namespace {
 
-// One file a partition, under all these names.
+// One file per partition, under all these names.
 constexpr const char *kStatusContent = "/tmp/content";
 constexpr const char *kSettingsContent = "/mnt/data/content";
 constexpr const char *kNames[] = {SETTINGS "cloud_debug",
@@ -130,8 +130,9 @@ void check_turn(std::string_view content) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
     world::enter();
+    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
     status_content = open(kStatusContent, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     settings_content = open(kSettingsContent, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     for (const char *name : kNames) {

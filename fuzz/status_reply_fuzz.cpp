@@ -7,14 +7,16 @@
 #include "device/device_api.h"
 #include "device/system_status.h"
 #include "fuzz.h"
+#include "in_product.h"
 #include "json_parser/owned_json.h"
 #include "replies.h"
-#include "stand_ins.h"
 #include "state/device_identity.h"
+
+using cloudagent::OwnedJson;
 
 namespace {
 
-const fuzz::StandIns kStandIns = {fuzz::no_file};
+const fuzz::Answers kAnswers = {fuzz::no_file};
 
 void check_mac_address() {
     std::memset(sys_mac_addr, 'x', sizeof sys_mac_addr);
@@ -28,14 +30,14 @@ void check_mac_address() {
     std::string without_colons = sys_mac_addr;
     without_colons.erase(std::remove(without_colons.begin(), without_colons.end(), ':'),
                          without_colons.end());
-    // A cut address may hold more behind the cut.
+    // A truncated address may hold more after the cut.
     REQUIRE(fuzz::begins_with(sys_mac_addr_compact, without_colons));
     REQUIRE(std::strlen(sys_mac_addr) == sizeof sys_mac_addr - 1 ||
             sys_mac_addr_compact == without_colons);
     REQUIRE(!fuzz::contains(sys_mac_addr_compact, ":"));
 }
 
-// The reply, read once more.
+// A second reader of the reply.
 int expected_up_time(const char *reply) {
     const OwnedJson document(parseJsonText(reply));
     const JsonNode *const envelope = getJsonObjectForKey(document.get(), "restful_res");
@@ -75,7 +77,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     const std::string_view second = input.block();
     fuzz::answer_with(replies);
     {
-        const fuzz::InProduct in_product(kStandIns);
+        const fuzz::InProduct in_product(kAnswers);
         check_mac_address();
         check_up_time(second);
         check_host();

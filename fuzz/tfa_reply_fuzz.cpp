@@ -1,15 +1,17 @@
 // Any reply of the cloud to the request for an upload URL, through any proxy, with any pinned name
 // servers.
-// Input: the first line of the file with the name servers (none: they are not asked for); then the
-// local service's reply and the cloud's.
+// Input: the first line of the name servers' file (empty: no pinning); then the local service's
+// reply and the cloud's.
 #include <cstring>
 
 #include "cloud_http/proxy.h"
 #include "cloud_http/upload_url.h"
 #include "fuzz.h"
+#include "in_product.h"
 #include "json_parser/owned_json.h"
 #include "replies.h"
-#include "stand_ins.h"
+
+using cloudagent::OwnedJson;
 
 namespace {
 
@@ -22,7 +24,7 @@ std::FILE *open_name_servers(const char *path, const char *mode) {
     return fmemopen(const_cast<char *>(name_servers.data()), name_servers.size(), mode);
 }
 
-const fuzz::StandIns kStandIns = {open_name_servers};
+const fuzz::Answers kAnswers = {open_name_servers};
 
 void forget_earlier_runs() {
     std::memset(g_proxy_server, 0, sizeof g_proxy_server);
@@ -32,7 +34,7 @@ void forget_earlier_runs() {
     g_upload_url = nullptr;
 }
 
-// What the cloud's reply asks for, read once more.
+// A second reader of the cloud's reply.
 std::string expected_url(const char *reply) {
     const OwnedJson document(parseJsonText(reply));
     const char *const message = getJsonStringValueForKey(document.get(), "message");
@@ -53,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     fuzz::answer_with(replies);
     int result = 0;
     {
-        const fuzz::InProduct in_product(kStandIns);
+        const fuzz::InProduct in_product(kAnswers);
         result = api_TFA_post_data("{\"filename\": \"segmentrace.txt\"}");
     }
     const fuzz::Request &request = fuzz::requests().back();

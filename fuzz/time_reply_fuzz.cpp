@@ -1,6 +1,6 @@
 // Any replies on the way from the cloud's time to the device's clock.
-// Input: the scheme and the host of the time service, a line each; then the cloud's reply and those
-// of the local service.
+// Input: the time service's scheme and host, one per line; then the cloud's reply and those of the
+// local service.
 #include "device/cloud_time.h"
 #include "fuzz.h"
 #include "replies.h"

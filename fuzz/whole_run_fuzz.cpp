@@ -1,9 +1,9 @@
-// A whole run of the program on a device of any state, with any replies. Whatever happens, no dump
-// is lost and nothing is left behind.
-// Input: the program's arguments, a line each; a line with the device's state, a letter each (see
-// arrange); the lines of the files with the endpoint, with the name servers, with the switches;
-// then the replies, in the order of the requests. Behind them everything succeeds, so every run
-// ends.
+// A whole run of the program on a device in any state, with any replies: it loses no dump and
+// leaves nothing behind.
+//
+// Input: the program's arguments, one per line; a line with the letters of the device's state (see
+// arrange); one line each for the files of endpoint, name servers and switches; then the replies,
+// in the order of the requests. Later requests succeed, so every run ends.
 #include <dirent.h>
 
 #include <algorithm>
@@ -12,19 +12,23 @@
 
 #include "cloud_http/proxy.h"
 #include "cloud_http/upload_url.h"
+#include "in_product.h"
 #include "kdump/dump_kinds.h"
 #include "log/log.h"
 #include "replies.h"
-#include "stand_ins.h"
+#include "testing/kinds.h"
 #include "world.h"
 
-// kdump/main.cpp, under a name of its own.
+// main() of kdump/main.cpp.
 int run_program(int argc, char **argv);
 
 #define ISS_CONFIG "/mnt/data/iss_config/"
 #define CURRENT_CONFIG ISS_CONFIG "current_config/"
 
 namespace {
+
+using world::all_dumps;
+using world::Dump;
 
 constexpr const char *kSwitch = CURRENT_CONFIG "cloud_DetectDNS";
 constexpr const char *kDebug = CURRENT_CONFIG "cloud_debug";
@@ -34,28 +38,16 @@ constexpr const char *kTurn = "/tmp/cloudwtpflag";
 constexpr const char *kUpgraded = "/tmp/upgrade_finish";
 constexpr const char *kArchive = "/tmp/all_config.tar.bz2";
 
-// In the input, for an argument that is there and empty.
+// In the input: an empty argument.
 constexpr const char *kEmpty = "''";
 
-// Everything that succeeds: an upload URL for whoever asks for one.
+// The reply after the last one of the input.
 constexpr const char *kSuccess = R"({"message":"OK","upload_url":"https://up.example.com/1"})";
 
-struct Dump {
-    const char *path;
-    const char *content;
-    const char *staged;  // null: the dump itself is uploaded
-};
-
-constexpr Dump kDumps[] = {
-    {ISS_CONFIG "segmentrace.txt", "a segment trace", "/tmp/segmentrace.txt"},
-    {ISS_CONFIG "dblock.txt", "a lock trace", "/tmp/dblock.txt"},
-    {ISS_CONFIG "dblock_backup.txt", "another lock trace", "/tmp/dblock_backup.txt"},
-    {"/tmp/upgrade_fail_state_upload.txt", "the state of a failed upgrade", nullptr},
-    {ISS_CONFIG "cloud_conn_fail_log.txt", "connection failures", "/tmp/cloud_conn_fail_log.txt"},
-    {"/tmp/debug_info.txt", "debug information", nullptr},
-    {CURRENT_CONFIG "cloud_watchdog.log", "", "/tmp/cloud_watchdog.log"},
-    {"/tmp/cloud_dbg.txt", "the log in memory", "/tmp/cloud_ram_dbg.txt"},
-    {CURRENT_CONFIG "cloud_dbg.txt", "the log in flash", "/tmp/cloud_flash_dbg.txt"}};
+// A dump without content is sent too.
+std::string original(const Dump &dump) {
+    return dump.source == CURRENT_CONFIG "cloud_watchdog.log" ? "" : "the dump " + dump.source;
+}
 
 constexpr const char *kFolders[] = {"/tmp", "/tmp/app/cloud_tmp", "/mnt/data/iss_config",
                                     "/mnt/data/iss_config/current_config", "/run/device"};
@@ -82,7 +74,7 @@ void copy_file(const std::string &from, const std::string &to) {
     }
 }
 
-// What a shell would make of the staging commands; of any other it makes nothing.
+// Does what a shell would do for the staging commands; nothing for others.
 int run_command(const char *command) {
     const std::string_view text(command);
     constexpr std::string_view kConfigCopy = "cp -f " CURRENT_CONFIG;
@@ -94,11 +86,10 @@ int run_command(const char *command) {
             fuzz::write_file(kArchive, "an archive");
         }
     } else {
-        for (const Dump &dump : kDumps) {
-            const std::string paths =
-                std::string(dump.path) + " " + (dump.staged ? dump.staged : "");
+        for (const Dump &dump : all_dumps()) {
+            const std::string paths = dump.source + " " + dump.staged;
             if (text == "cp " + paths || text == "cp -f " + paths) {
-                copy_file(dump.path, dump.staged);
+                copy_file(dump.source, dump.staged);
                 return 0;
             }
         }
@@ -107,7 +98,7 @@ int run_command(const char *command) {
     return 0;
 }
 
-// Not rename: the two lie on different file systems.
+// Not rename(): the files are on different file systems.
 void move_file(const std::string &from, const std::string &to) {
     if (fuzz::exists(from.c_str())) {
         fuzz::write_file(to.c_str(), content_of(from));
@@ -116,38 +107,38 @@ void move_file(const std::string &from, const std::string &to) {
 }
 
 std::string aside(const Dump &dump) {
-    return "/run/world" + std::string(dump.path).substr(std::strlen("/tmp"));
+    return "/run/world" + dump.source.substr(std::strlen("/tmp"));
 }
 
-// Without a URL an upload is tried again for ever. What ends it is that the file goes away: a copy
-// for good, a dump until the run has ended.
+// Without a URL an upload is retried without end. Removing its file ends it: a copy for good, a
+// dump until the run has ended.
 void take_uploads_away() {
-    for (const Dump &dump : kDumps) {
-        if (dump.staged != nullptr) {
-            unlink(dump.staged);
+    for (const Dump &dump : all_dumps()) {
+        if (!dump.staged.empty()) {
+            unlink(dump.staged.c_str());
         } else {
-            move_file(dump.path, aside(dump));
+            move_file(dump.source, aside(dump));
         }
     }
 }
 
 void bring_dumps_back() {
-    for (const Dump &dump : kDumps) {
-        if (dump.staged == nullptr) {
-            move_file(aside(dump), dump.path);
+    for (const Dump &dump : all_dumps()) {
+        if (dump.staged.empty()) {
+            move_file(aside(dump), dump.source);
         }
     }
 }
 
 void sleep_for(unsigned seconds) {
-    constexpr unsigned kPatience = 2000;  // more than the longest input can ask for
+    constexpr unsigned kPatience = 2000;  // more than the longest input needs
     slept += seconds;
     if (slept > kPatience) {
         take_uploads_away();
     }
 }
 
-const fuzz::StandIns kStandIns = {nullptr, run_command, sleep_for, nullptr};
+const fuzz::Answers kAnswers = {nullptr, run_command, nullptr, sleep_for};
 
 void empty_folder(const char *folder) {
     DIR *const entries = opendir(folder);
@@ -181,12 +172,12 @@ void arrange(std::string_view state) {
     }
     const auto has = [&](char letter) { return state.find(letter) != std::string_view::npos; };
     char letter = '0';
-    for (const Dump &dump : kDumps) {
+    for (const Dump &dump : all_dumps()) {
         if (!has(letter++)) {
-            fuzz::write_file(dump.path, dump.content);
+            fuzz::write_file(dump.source.c_str(), original(dump));
         }
-        if (has('s') && dump.staged != nullptr) {
-            fuzz::write_file(dump.staged, "an earlier one");
+        if (has('s') && !dump.staged.empty()) {
+            fuzz::write_file(dump.staged.c_str(), "an earlier one");
         }
     }
     copies_fail = has('c');
@@ -197,9 +188,8 @@ void arrange(std::string_view state) {
         fuzz::write_file(kTurn, "cloud");
     }
     if (has('m')) {
-        for (const char *job : {"segmentrace", "dblocktrace", "upgradefail_state", "conn_fail_log",
-                                "debug_info", "watchdog", "dbg_upload", "all_config"}) {
-            fuzz::write_file((std::string("/tmp/kdump_process_") + job).c_str(), "");
+        for (const world::Kind &kind : world::kinds()) {
+            fuzz::write_file(kind.marker.c_str(), "");
         }
     }
 }
@@ -228,36 +218,38 @@ bool uploaded(std::string_view content, bool answered_200) {
     });
 }
 
-// The two kinds without a copy lose theirs after any completed transfer; the others only after the
-// cloud has taken it. A copy that fails over an earlier one lets that one be uploaded in place of
-// the dump: a limit of the design.
+// The two kinds without a copy lose their dump after any completed transfer, the others only after
+// the cloud has accepted it. If copying fails over an earlier copy, that copy is uploaded in place
+// of the dump: a limit of the design.
 void check_dump(const Dump &dump) {
-    if (fuzz::exists(dump.path)) {
-        REQUIRE(content_of(dump.path) == dump.content);
+    if (fuzz::exists(dump.source.c_str())) {
+        REQUIRE(content_of(dump.source) == original(dump));
         return;
     }
     const bool earlier_went = copies_fail && uploaded("an earlier one", true);
-    REQUIRE(earlier_went || uploaded(dump.content, dump.staged != nullptr));
+    REQUIRE(earlier_went || uploaded(original(dump), !dump.staged.empty()));
 }
 
 void check_files(const std::set<std::string> &before, const std::set<std::string> &after) {
     std::set<std::string> may_come = {kSwitch};
-    for (const Dump &dump : kDumps) {
-        may_come.insert(dump.staged != nullptr ? dump.staged : "");
+    for (const world::Kind &kind : world::kinds()) {
+        may_come.insert(kind.sends_archive ? kind.copied : "");
+        for (const Dump &dump : kind.dumps) {
+            may_come.insert(dump.staged);
+        }
     }
-    may_come.insert(kArchive);
     for (const std::string &path : after) {
         REQUIRE(before.count(path) != 0 || may_come.count(path) != 0);
     }
     for (const std::string &path : before) {
         const bool may_go = may_come.count(path) != 0 ||
-                            std::any_of(std::begin(kDumps), std::end(kDumps),
-                                        [&](const Dump &dump) { return path == dump.path; });
+                            std::any_of(all_dumps().begin(), all_dumps().end(),
+                                        [&](const Dump &dump) { return path == dump.source; });
         REQUIRE(after.count(path) != 0 || (may_go && path != kSwitch));
     }
 }
 
-// Every line of the console begins with the time and ends with the line.
+// Console output begins with a time stamp.
 void check_console() {
     char text[65536];
     const ssize_t got = read(console, text, sizeof text);
@@ -269,8 +261,9 @@ void check_console() {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
     world::enter();
+    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
     setenv("TZ", "UTC0", 1);
     console = open("/dev/console", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     REQUIRE(console >= 0);
@@ -289,9 +282,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     write_line(kDebug, input.line());
     const std::set<std::string> before = all_files();
     std::set<std::string> absent;
-    for (const Dump &dump : kDumps) {
-        if (before.count(dump.path) == 0) {
-            absent.insert(dump.path);
+    for (const Dump &dump : all_dumps()) {
+        if (before.count(dump.source) == 0) {
+            absent.insert(dump.source);
         }
     }
     const int descriptor = fuzz::free_descriptor();
@@ -307,13 +300,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
         *arguments[2] = '\0';
     }
     {
-        const fuzz::InProduct in_product(kStandIns);
+        const fuzz::InProduct in_product(kAnswers);
         REQUIRE(run_program(count, arguments) == 0);
     }
     bring_dumps_back();
     check_files(before, all_files());
-    for (const Dump &dump : kDumps) {
-        if (absent.count(dump.path) == 0) {
+    for (const Dump &dump : all_dumps()) {
+        if (absent.count(dump.source) == 0) {
             check_dump(dump);
         }
     }
@@ -321,7 +314,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     REQUIRE(slept % 10 == 0);
     check_console();
     REQUIRE(fuzz::free_descriptor() == descriptor && fuzz::all_released());
-    std::free(g_upload_url);  // the program's end frees it, when the requests have failed
+    std::free(g_upload_url);  // after failed requests only the program's end frees it
     g_upload_url = nullptr;
     return 0;
 }

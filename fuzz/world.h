@@ -1,6 +1,6 @@
 /*
- * For targets whose product code touches files: a private world (virtual_device/private_world.h),
- * entered in LLVMFuzzerInitialize, and small files written fast.
+ * For targets whose product code uses files: a private world (testing/private_world.h), entered in
+ * LLVMFuzzerInitialize, and fast writing of small files.
  */
 #pragma once
 
@@ -12,7 +12,8 @@
 #include <string_view>
 
 #include "fuzz.h"
-#include "private_world.h"
+#include "testing/private_world.h"
+#include "testing/shown_folders.h"
 
 namespace fuzz {
 
@@ -31,7 +32,7 @@ inline void write_file(const char *path, std::string_view content) {
 
 inline bool exists(const char *path) { return access(path, F_OK) == 0; }
 
-// The lowest number free: the same before and after, nothing was left open.
+// The lowest free descriptor: unchanged if nothing was left open.
 inline int free_descriptor() {
     const int descriptor = dup(STDERR_FILENO);
     close(descriptor);

@@ -1,6 +1,6 @@
 /*
- * The floor: the same exchanges and the same shell command with libcurl alone. It looks for what it
- * needs in the replies as texts, logs nothing, and ends at the first failure.
+ * The lower bound: the same requests and shell command with libcurl alone. It searches replies as
+ * plain text, logs nothing, and exits at the first failure.
  */
 #include <curl/curl.h>
 #include <stdio.h>

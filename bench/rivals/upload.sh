@@ -1,5 +1,5 @@
 #!/bin/sh
-# What one would write instead of the program: uploads the segment trace with curl and jq.
+# The obvious alternative to the program: uploads the segment trace with curl and jq.
 marker=/tmp/kdump_process_segmentrace
 source=/mnt/data/iss_config/segmentrace.txt
 staged=/tmp/segmentrace.txt
