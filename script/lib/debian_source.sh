@@ -1,5 +1,5 @@
-# Fetching Debian source packages without touching /etc/apt: the machine's own package entries are
-# repeated as source entries in a private configuration. Needs common.sh.
+# Fetches Debian source packages without changes to /etc/apt: a private configuration turns
+# copies of the machine's source lists into deb-src entries. Needs common.sh.
 # shellcheck shell=bash
 
 # apt-get and apt-cache with the private configuration in $1.
@@ -12,52 +12,32 @@ private_apt() {
         -o APT::Sandbox::User=root -o APT::Get::List-Cleanup=false "$@"
 }
 
-# The places (file:position, as apt counts them) of the entries that serve source package $1.
-entries_serving() {
+# Prints the source lists with an entry that serves source package $1.
+lists_serving() {
     # shellcheck disable=SC2016  # apt-get fills this in
     apt-get indextargets --format '$(SOURCESENTRY) $(FILENAME)' 'Created-By: Packages' |
         while read -r entry index; do
             if /usr/lib/apt/apt-helper cat-file "$index" |
                 grep -E "^(Package|Source): $1( |\$)" >/dev/null; then
-                printf '%s\n' "$entry"
+                printf '%s\n' "${entry%:*}"
             fi
         done | sort -u
 }
 
-# Repeats entry number $2 of file $1 as a source entry below $3. A .sources file is counted in
-# stanzas, any other in lines.
-copy_as_source_entry() {
-    local file=$1 position=$2 private=$3
-    case $file in
-    *.sources)
-        awk -v wanted="$position" '
-            /^[ \t]*$/ { inside = 0; next }
-            /^#/       { next }
-            !inside    { inside = 1; stanza++ }
-            stanza == wanted { sub(/^Types:.*/, "Types: deb-src"); print }
-        ' "$file" >"$private/sources.list.d/${file##*/}.$position.sources"
-        ;;
-    *)
-        sed -n "${position}s/^[[:space:]]*deb[[:space:]]/deb-src /p" "$file" \
-            >>"$private/sources.list"
-        ;;
-    esac
-}
-
-# Unpacks the newest obtainable version of Debian source package $1 into the folder $2 (which must
-# not exist), Debian's patches applied. An index may name versions whose files are gone: then the
-# next older one is taken. Prints the version taken.
+# Unpacks Debian source package $1, with Debian's patches, into the folder $2, which must not exist;
+# prints the version. If the files of the newest version in the index are gone, takes an older one.
 fetch_debian_source() {
-    local package=$1 target=$2 private entry version
+    local package=$1 target=$2 private list version
     private=$(mktemp -d)
     mkdir -p "$private/sources.list.d" "$private/lists/partial" \
         "$private/cache/archives/partial" "$private/download"
     : >"$private/sources.list"
-    for entry in $(entries_serving "$package"); do
-        copy_as_source_entry "${entry%:*}" "${entry##*:}" "$private"
+    for list in $(lists_serving "$package"); do
+        sed -e 's/^Types:.*/Types: deb-src/' -e 's/^[[:space:]]*deb[[:space:]]/deb-src /' "$list" \
+            >"$private/sources.list.d/${list##*/}"
     done
     private_apt "$private" apt-get update >"$private/log" 2>&1 ||
-        say "warning: not every source index could be read" >&2
+        say "warning: some source indexes could not be read" >&2
     for version in $(private_apt "$private" apt-cache --only-source showsrc "$package" |
         sed -n 's/^Version: //p' | sort -ruV); do
         if (cd "$private/download" &&

@@ -1,19 +1,18 @@
-# How everything that a device's program holds beside the product is built: OpenSSL, c-ares, cJSON
-# and libcurl, static, small, for any toolchain; for other machines GoogleTest too. Needs common.sh,
-# debian_source.sh, curl_recipe.sh, and the target_… facts of a toolchain.
+# Builds the static libraries of a device's program, small and for any toolchain: OpenSSL, c-ares,
+# cJSON and libcurl; for other machines GoogleTest too. Needs debian_source.sh and curl_recipe.sh.
 # shellcheck shell=bash disable=SC2154
 
-# Small, and left to the final link to throw away what is not used.
+# For size; the final link drops unused sections.
 device_cflags='-Os -fPIC -ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables'
 device_cflags+=' -fstack-protector-strong -DNDEBUG'
-# Sizes beyond 2 GiB and times beyond 2038, where the C library leaves a choice.
+# Sizes beyond 2 GiB and times beyond 2038 on 32-bit machines.
 device_cflags+=' -D_FILE_OFFSET_BITS=64 -D_TIME_BITS=64'
 link_time_cflags='-flto -ffat-lto-objects'
-# OpenSSL's builds add this by themselves, and the final link notices what only some were given.
+# OpenSSL's build adds this by itself, and the final link requires it of all objects.
 no_exec_stack=-Wa,--noexecstack
 
-# A TLS 1.2 and 1.3 client and the digests. RSA, ECDSA, Ed25519, ECDHE, X25519, AES, ChaCha20, SHA-2,
-# SHA-1, MD5, the assembler code and the error texts stay.
+# Leaves a TLS 1.2 and 1.3 client and the digests: RSA, ECDSA, Ed25519, ECDHE, X25519, AES, ChaCha20,
+# SHA-2, SHA-1, MD5, the assembler code and the error texts.
 openssl_options=(
     no-shared no-tests no-module no-dso no-engine no-dynamic-engine no-afalgeng no-loadereng
     no-legacy no-autoload-config no-async no-ui-console no-ssl-trace no-filenames
@@ -24,11 +23,11 @@ openssl_options=(
     no-sm4 no-whirlpool
 )
 
-# On top of curl_options: a library of one program needs even less.
+# In addition to curl_options: one program needs less than agents do.
 device_curl_options=(--disable-shared --disable-crypto-auth --disable-dateparse --disable-socketpair)
 
-# Sets target_name, toolchain_file and target_packages from the word after --target. A device built
-# for on this machine needs no toolchain file; with one, the unit tests need GoogleTest's source.
+# choose_target TARGET: sets target_name, toolchain_file and target_packages. native needs no toolchain
+# file; with one, the unit tests need GoogleTest's source.
 choose_target() {
     target_name=$(basename "$1" .cmake)
     toolchain_file=
@@ -36,7 +35,7 @@ choose_target() {
     case $1 in
     native) return ;;
     *.cmake) toolchain_file=$(realpath "$1") ;;
-    *) toolchain_file=$project_root/packaging/toolchains/$1.cmake ;;
+    *) toolchain_file=$project_root/cmake/toolchains/$1.cmake ;;
     esac
     [ -f "$toolchain_file" ] || die "there is no toolchain file $toolchain_file"
     target_packages=(googletest qemu-user-static)
@@ -47,8 +46,8 @@ choose_target() {
     esac
 }
 
-# Learns about the toolchain file $1 (empty: this machine's own compiler); sets target_machine,
-# target_processor, target_cc, target_cflags, target_ar and target_ranlib.
+# Reads toolchain file $1 (empty: this machine's compiler); sets target_machine, target_processor,
+# target_cc, target_cflags, target_ar and target_ranlib.
 read_toolchain() {
     cmake -S "$project_root/script/lib/toolchain_facts" -B facts --toolchain "$1"
     # shellcheck source=/dev/null
@@ -70,8 +69,7 @@ openssl_target() {
     esac
 }
 
-# What OpenSSL needs to be told where GCC makes calls of its libatomic out of 64-bit atomics: to take
-# locks instead, as that library would.
+# Where GCC turns 64-bit atomics into calls of libatomic, OpenSSL must use locks, as that library does.
 lock_cflags() {
     # shellcheck disable=SC2086  # several words
     $target_cc $target_cflags -dM -E -x c /dev/null |
@@ -91,7 +89,7 @@ build_openssl() {
     )
 }
 
-# Builds the CMake project $1 into $2 with toolchain file $3 and the options that follow.
+# build_with_cmake SOURCE PREFIX TOOLCHAIN-FILE [CMAKE-OPTION...]
 build_with_cmake() {
     cmake -S "$1" -B "$1-build" --toolchain "$3" -DCMAKE_BUILD_TYPE=None \
         -DCMAKE_C_FLAGS_NONE="$device_cflags $no_exec_stack $link_time_cflags" -DCMAKE_AR="$target_ar" \
@@ -100,7 +98,7 @@ build_with_cmake() {
     cmake --build "$1-build" -j"$(nproc)" --target install
 }
 
-# Only the build optimises at link time: each of configure's trials would do so to all of OpenSSL.
+# Not with configure: each of its trial links would optimise all of OpenSSL.
 build_device_curl() {
     local cflags="$target_cflags $device_cflags $no_exec_stack"
     (
@@ -115,13 +113,13 @@ build_device_curl() {
     )
 }
 
-# Builds all four with toolchain file $2 (may be empty) into the folder $1, in the current folder.
+# Builds all libraries in the current folder into folder $1 with toolchain file $2 (may be empty).
 build_device_dependencies() {
     local package
+    read_toolchain "$2"
     for package in openssl c-ares cjson curl; do
         fetch_debian_source "$package" "$package"
     done
-    read_toolchain "$2"
     build_openssl "$1"
     build_with_cmake c-ares "$1" "$2" \
         -DCARES_STATIC=ON -DCARES_SHARED=OFF -DCARES_BUILD_TOOLS=OFF

@@ -1,64 +1,95 @@
-# The checks of script/lint that understand code. Each fails when it found something.
-# shellcheck shell=bash disable=SC2154  # rooms is common.sh's
+# The checks of script/lint that understand code.
+# shellcheck shell=bash disable=SC2154  # modules is common.sh's
 
-# The rooms that each room may include; all may include their own, config/ and support/.
+# What each folder may include beside its own files and deployment.h. Tests and fuzz targets may
+# include every module, their own folder and the tools they test, but no other test's folder.
 declare -A may_include=(
-    [support]=''
-    [log]=''
-    [state]='log'
-    [json_parser]='log'
-    [cloud_http]='state json_parser log'
-    [device]='cloud_http state json_parser log'
-    [kdump]='cloud_http state json_parser log'
+    [base]=''
+    [log]='base'
+    [state]='base log'
+    [json_parser]='base log'
+    [cloud_http]='base log state json_parser'
+    [device]='base log state json_parser cloud_http'
+    [kdump]='base log state json_parser cloud_http'
+    [testing]='base log'
+    [virtual_device]='testing'
+    [examples]=''
+    [bench]="${modules[*]} testing"
+    [fuzz]="${modules[*]} testing"
+    [tests]="${modules[*]} testing virtual_device tests/faults tests/faults/memory tests/faults/syscalls"
 )
 
-# Those that write without knowing how much fits or read text of any length, those whose result
-# for a number out of range is undefined, and those that a second caller disturbs.
+# Functions without a bound, with undefined results for numbers out of range, or with shared state.
 banned_functions='v?sprintf|w?strcpy|stpcpy|strcat|strncpy|strncat|gets|strtok|alloca|tmpnam|mktemp|atoi|atol|atoll|atof'
+
+banned_headers='[a-z]*stream(buf)?|ios|locale|basic_string\.h|vector|map|functional'
 
 check_format() {
     files '*.c' '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
 }
 
 check_shell() {
-    # What is sourced is looked at where it is sourced.
     shell_files | xargs shellcheck -x --check-sourced
 }
 
-check_rooms() {
-    local room
-    for room in "${rooms[@]}"; do
-        files "$room/*.cpp" "$room/*.h" | xargs grep -Hn '#include "' |
-            grep -vE "\"(config|support|$room${may_include[$room]:+|${may_include[$room]// /|}})/" || true
-    done | nothing
+check_includes() {
+    local folder allowed
+    {
+        for folder in "${!may_include[@]}"; do
+            allowed=${may_include[$folder]}
+            [ "$folder" = tests ] || allowed+=" $folder"
+            files "$folder/*.c" "$folder/*.cpp" "$folder/*.h" | xargs grep -Hn '#include "' |
+                grep -vE "#include \"((\.\./)?(${allowed// /|})/)?[a-z0-9_]+\.h\"" || true
+        done
+    } | nothing
+}
+
+# What has one place: patterns, and the files that may match them.
+check_single() {
+    local forks='(fork|vfork|posix_spawnp?|exec[lv]p?e?)\(' servers='(accept4?|listen)\('
+    local interceptions='__(wrap|real|libc)_'
+    {
+        only_in "$forks" 'testing/(spawn|private_world)|bench/|tests/faults/memory/'
+        only_in "$servers" 'testing/http_server|bench/first_byte'
+        only_in "$interceptions" 'testing/(calls|failing_memory)'
+    } | nothing
+}
+
+only_in() {
+    files '*.cpp' '*.h' '*.c' | xargs grep -nE "(^|[^_[:alnum:].>])$1" | grep -vE "^($2)|//" || true
 }
 
 check_banned() {
     {
         shipped_files | xargs grep -nE "\\<($banned_functions)[[:space:]]*\\(" || true
-        # A text read without a width, in a call of scanf or in a format that is passed on to one.
-        shipped_files | xargs grep -nE '(scanf|read_value).*%(l?s|l?\[)' || true
+        # A text conversion without a width, in a call of scanf or a format passed on to one.
+        shipped_files | xargs grep -nE 'scanf.*%(l?s|l?\[)' || true
+        # Streams, locales and containers throw and make the program larger. Others include them too.
+        for file in $(files "${modules[@]/%//*.cpp}"); do
+            g++ -std=c++17 -M -MG -I. -I.deps/curl/include "$file" | tr ' ' '\n' |
+                grep -E "/c\+\+/.*/($banned_headers)$" | sed "s|^|$file: |" || true
+        done
     } | nothing
 }
 
 check_cppcheck() {
-    files "${rooms[@]/%//*.cpp}" 'virtual_device/*.cpp' |
+    files "${modules[@]/%//*.cpp}" 'virtual_device/*.cpp' |
         xargs cppcheck --quiet --std=c++17 --language=c++ --library=posix --inline-suppr \
             --enable=warning,performance,portability --error-exitcode=1 -I . \
             -I build/dev/generated -j "$(nproc)"
 }
 
-# Without exceptions, C++ is close enough to C for g++ 12's analyzer to follow memory and files
-# through it. Its check for uninitialized values is off in C++: there it takes what a constructor or
-# a returned structure fills in for uninitialized.
+# g++ 12's analyzer follows memory and files through C++ without exceptions. Its check for
+# uninitialized values is off: it takes members that a constructor sets for uninitialized.
 check_analyzer() {
-    local flags=(-O1 -fanalyzer -Werror -I. -Ibuild/dev/generated -I.deps/curl/include -c -o /dev/null)
-    files "${rooms[@]/%//*.cpp}" | xargs -P "$(nproc)" -I{} g++ -std=c++17 -fno-exceptions -fno-rtti \
+    local flags=(-O1 -fanalyzer -Werror -I. -Ibuild/dev/generated -Ibuild/dev/include
+        -I.deps/curl/include -c -o /dev/null)
+    files "${modules[@]/%//*.cpp}" | xargs -P "$(nproc)" -I{} g++ -std=c++17 -fno-exceptions -fno-rtti \
         -Wno-analyzer-use-of-uninitialized-value "${flags[@]}" {} &&
         files 'examples/*.c' | xargs -P "$(nproc)" -I{} gcc -std=c11 "${flags[@]}" {}
 }
 
 check_tidy() {
-    files "${rooms[@]/%//*.cpp}" | xargs -P "$(nproc)" -n 4 clang-tidy -p build/dev --quiet \
+    files "${modules[@]/%//*.cpp}" | xargs -P "$(nproc)" -n 4 clang-tidy -p build/dev --quiet \
         2> >(grep -v ' warnings\? generated' >&2)
 }

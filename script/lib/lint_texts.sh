@@ -1,18 +1,18 @@
-# The checks of script/lint that read files as texts. Each fails when it found something.
+# The checks of script/lint that read files as text.
 # shellcheck shell=bash
 
-# What may be longer: tables, which are easier to read in one piece. Paths, as patterns.
+# Tables may be longer: they read better in one piece. Path patterns.
 long_functions=(
-    'tests/json_parser/print_test.cpp'  # every rule for printing a number
-    'tests/reliability/faulty_calls.cpp' # every system call and its errors
-    'tests/torture/*_operations.cpp'     # every public operation
+    'tests/unit/json_parser/print_test.cpp'  # every rule for printing a number
+    'testing/kinds.cpp'                       # every kind of dump
+    'tests/faults/syscalls/faulty_calls.cpp' # every system call and its errors
+    'tests/faults/memory/*_operations.cpp'     # every public operation
 )
 long_files=(
     'fuzz/whole_run_fuzz.cpp' # one device, whose parts make sense together only
 )
 
-# Functions are looked for where clang-format and the shell scripts' habits put their braces: they
-# begin and end in the first column.
+# Functions begin and end in the first column, where clang-format puts them.
 long_ones() {
     awk '
         FNR == 1 { start = 0 }
@@ -39,62 +39,65 @@ check_length() {
     done | nothing
 }
 
-# Words that the product spells its own way, and names that look like words: sucess, in a log line
-# that support knows; messag, a key that lacks its end; statics, kOwn, Nd.
+# Prints the conditions and loops without braces in clang-formatted files.
+unbraced_bodies() {
+    awk '
+        FNR == 1 { open = 0 }
+        /\\$/ { next } # a macro
+        { line = $0; gsub(/\\./, "", line); gsub(/"[^"]*"|\047[^\047]*\047/, "", line) }
+        { sub(/ *\/\/.*/, "", line) }
+        line ~ /^ *(} )?else$/ { print FILENAME ":" FNR ":" $0 }
+        !open && line ~ /^ *(} else )?(if|for|while) .*\(/ { open = FNR; balance = 0 }
+        open {
+            balance += gsub(/\(/, "(", line) - gsub(/\)/, ")", line)
+            if (balance > 0)
+                next
+            if (line !~ /[{;]$/)
+                print FILENAME ":" open ":" $0
+            open = 0
+        }' "$@"
+}
+
+check_style() {
+    local sources
+    mapfile -t sources < <(files '*.c' '*.cpp' '*.h' ':!tests' ':!testing' ':!virtual_device')
+    unbraced_bodies "${sources[@]}" | nothing
+}
+
+check_subjects() {
+    { git log -10 --format=%s | grep -vE '^[a-z][a-z_/., ]*: .+[^.]$' || true; } | nothing
+}
+
+# Exempt: sucess, in a log line that support knows; messag, a truncated key; statics, kOwn, Nd.
 check_spelling() {
     files ':!fuzz/corpus' | xargs codespell --ignore-words-list sucess,messag,statics,kown,nd
 }
 
-# The file, the line and the target of every link and picture in the documents given; what stands in
-# code is none.
-links_in() {
-    awk '
-        FNR == 1 { code = 0 }
-        /^ *```/ { code = !code }
-        code || /^    / { next }
-        {
-            gsub(/`[^`]*`/, "code")
-            while (match($0, /\]\([^) ]+|^\[[^]]+\]: *[^ ]+|(src|srcset|href)="[^"]+/)) {
-                target = substr($0, RSTART, RLENGTH)
-                sub(/^\]\(|^\[[^]]+\]: *|^[a-z]+="/, "", target)
-                print FILENAME "\t" FNR "\t" target
-                $0 = substr($0, RSTART + RLENGTH)
-            }
-        }' "$@"
-}
-
-# The anchors of a document: those of its headings, as the usual viewers make them, and its own.
-anchors_in() {
-    awk '
-        /^ *```/ { code = !code }
-        code { next }
-        match($0, /<a (id|name)="[^"]+/) {
-            anchor = substr($0, RSTART, RLENGTH)
-            sub(/.*"/, "", anchor)
-            print anchor
-        }
-        /^#+ / {
-            sub(/^#+ +/, "")
-            $0 = tolower($0)
-            gsub(/\]\([^)]*\)/, "") # of a link its text
-            gsub(/[^a-z0-9 _-]/, "")
-            gsub(/ /, "-")
-            print $0 (seen[$0]++ ? "-" seen[$0] - 1 : "")
-        }' "$1"
-}
-
+# Links outside code, pictures included, to files and to anchors: headings, as usual viewers name
+# them, and <a id="...">.
 check_links() {
-    local documents file line target path
-    mapfile -t documents < <(files '*.md')
-    links_in "${documents[@]}" | while IFS=$'\t' read -r file line target; do
-        case $target in http://* | https://* | mailto:*) continue ;; esac
-        path=${target%%#*}
-        path=${path:+$(dirname "$file")/$path}
-        path=${path:-$file}
-        if [ ! -e "$path" ]; then
-            printf '%s:%s: there is no %s\n' "$file" "$line" "$path"
-        elif [[ $target == *'#'* ]] && ! anchors_in "$path" | grep -xF -- "${target#*#}" >/dev/null; then
-            printf '%s:%s: %s has no heading #%s\n' "$file" "$line" "$path" "${target#*#}"
-        fi
-    done | nothing
+    # shellcheck disable=SC2016  # Perl's variables
+    files '*.md' | xargs perl -0777 -ne '
+        sub without_blocks { $_[0] =~ s/^ *```.*?^ *```$//msgr }
+        sub anchors {
+            open my $file, "<", $_[0] or return;
+            my $text = without_blocks(join "", <$file>);
+            my (@anchors, %seen) = $text =~ /<a (?:id|name)="([^"]+)/g;
+            for ($text =~ /^#+ +(.*)/mg) {
+                my $name = lc s/\]\([^)]*\)//gr =~ s/[^A-Za-z0-9 _-]//gr =~ tr/ /-/r;
+                push @anchors, $name . ($seen{$name}++ ? "-" . ($seen{$name} - 1) : "");
+            }
+            return @anchors;
+        }
+        my $text = without_blocks($_) =~ s/^    .*//mgr =~ s/`[^`\n]*`/code/gr;
+        for ($text =~ /(?|\]\(([^) ]+)|^\[[^]]+\]: *(\S+)|(?:src|srcset|href)="([^"]+))/mg) {
+            next if m{^(https?://|mailto:)};
+            my ($path, $anchor) = split /#/;
+            $path = length $path ? $ARGV =~ s{[^/]*$}{}r . $path : $ARGV;
+            if (!-e $path) {
+                print "$ARGV: there is no $path\n";
+            } elsif (defined $anchor && !grep { $_ eq $anchor } anchors($path)) {
+                print "$ARGV: $path has no heading #$anchor\n";
+            }
+        }' | nothing
 }
