@@ -3,10 +3,23 @@
  *
  *   agent [TIME_HOST]
  *
- * Prints a line a step and ends with status 0 when every step went as expected. Sources include the
- * library's headers from the folder "cloudagent" of the installed headers; see Makefile and
- * CMakeLists.txt.
+ * Prints one line per step and ends with status 0 when every step went as expected. Makefile and
+ * CMakeLists.txt show how to build it with the installed library.
  */
+#include <cloudagent/cloud_http/curl_http.h>
+#include <cloudagent/device/cloud_time.h>
+#include <cloudagent/device/connection_fail_log.h>
+#include <cloudagent/device/device_api.h>
+#include <cloudagent/device/firmware_upload_watch.h>
+#include <cloudagent/device/led.h>
+#include <cloudagent/device/system_status.h>
+#include <cloudagent/json_parser/json_parser.h>
+#include <cloudagent/kdump/turn_lock.h>
+#include <cloudagent/log/log.h>
+#include <cloudagent/state/credentials.h>
+#include <cloudagent/state/device_identity.h>
+#include <cloudagent/state/digest.h>
+#include <cloudagent/state/state_files.h>
 #include <curl/curl.h>
 #include <stdarg.h>
 #include <stdbool.h>
@@ -14,21 +27,6 @@
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
-
-#include "cloud_http/curl_http.h"
-#include "device/cloud_time.h"
-#include "device/connection_fail_log.h"
-#include "device/device_api.h"
-#include "device/firmware_upload_watch.h"
-#include "device/led.h"
-#include "device/system_status.h"
-#include "json_parser/json_parser.h"
-#include "kdump/turn_lock.h"
-#include "log/log.h"
-#include "state/credentials.h"
-#include "state/device_identity.h"
-#include "state/digest.h"
-#include "state/state_files.h"
 
 static bool all_good = true;
 
