@@ -58,10 +58,18 @@ target_compile_options(shipped_code INTERFACE
     -flto=auto -ffat-lto-objects)
 target_link_options(shipped_code INTERFACE -flto=auto -Wl,--gc-sections -static-libgcc -s)
 
-# A relocation then takes a few bits instead of 24 bytes; linker and C library must support it.
+# A relocation then takes a few bits instead of 24 bytes; linker and C library must support it. glibc's
+# version tells; other C libraries, such as musl before 1.2.4, crash and tell nothing.
 include(CheckCSourceCompiles)
 set(CMAKE_REQUIRED_LINK_OPTIONS -Wl,-z,pack-relative-relocs)
-check_c_source_compiles("int main(void) { return 0; }" CLOUD_PACKED_RELOCATIONS FAIL_REGEX ignored)
+check_c_source_compiles("
+    #include <features.h>
+    #ifndef __GLIBC_PREREQ
+    #error
+    #elif !__GLIBC_PREREQ(2, 36)
+    #error
+    #endif
+    int main(void) { return 0; }" CLOUD_PACKED_RELOCATIONS FAIL_REGEX ignored)
 unset(CMAKE_REQUIRED_LINK_OPTIONS)
 if(CLOUD_PACKED_RELOCATIONS)
     target_link_options(shipped_code INTERFACE -Wl,-z,pack-relative-relocs)

@@ -50,6 +50,17 @@ touch "$scratch/deps/lib/libcurl.a"
 grep 'tests are left out: GTest is missing' "$scratch/device.log"
 "$cmake" --build "$scratch/device" --target help | grep -x '\.\.\. kdump'
 
+echo '== relocations that the C library cannot process are not packed'
+echo 'static int zero; int *volatile pointers[] = {&zero, &zero}; int main(void) { return *pointers[1]; }' \
+    >"$scratch/pointers.c"
+for compiler in "$CC" musl-gcc; do
+    "$cmake" --preset device -B "$scratch/${compiler##*/}" -DCLOUD_DEVICE_DEPS="$scratch/deps" \
+        -DBUILD_TESTING=OFF -DCMAKE_C_COMPILER="$(command -v "$compiler")" >"$scratch/log" 2>&1 || die "$(<"$scratch/log")"
+    packed=$(grep -o -e -Wl,-z,pack-relative-relocs "$scratch/${compiler##*/}/CMakeFiles/kdump.dir/link.txt") || packed=''
+    "$compiler" "$scratch/pointers.c" ${packed:+"$packed"} -o "$scratch/pointers"
+    "$scratch/pointers" || die "$compiler $packed: the program ended with status $?"
+done
+
 echo "== the system's libcurl, with c-ares and without"
 system_curl=(-DCLOUD_SYSTEM_CURL=ON -DCURL_INCLUDE_DIR="$curl/include")
 configure "$build" "${system_curl[@]}" -DCURL_LIBRARY="$curl/lib/libcurl.so"
