@@ -70,7 +70,7 @@ def ratios:
          worst("signer/bytes:"; "openssl_hmac/bytes:"; digest_sizes), 1.05],
      ["state file read, system calls", "fopen, fscanf, fclose",
          total_calls("getter") / total_calls("plain_read"), 1],
-     ["state file written, system calls", "fopen, fprintf, fclose",
+     ["state file written, system calls", "fopen, fprintf, fsync, fclose",
          total_calls("setter") / total_calls("plain_write"), 1]]
     | map({subject: .[0], against: .[1], value: .[2], most: .[3]});
 
@@ -140,7 +140,7 @@ def log: operations({empty_call: "empty call", log_off: "line, logging off",
     log_to_console: "line to the console", log_to_file: "line to the file"});
 
 def state: operations({plain_read: "fopen, fscanf, fclose", getter: "`api_omcloud_seqno_get`",
-    plain_write: "fopen, fprintf, fclose", setter: "`api_omcloud_seqno_set`"});
+    plain_write: "fopen, fprintf, fsync, fclose", setter: "`api_omcloud_seqno_set`"});
 
 def machine:
     .machine | "\(.processor), \(.cores) cores; \(.system), \(.kernel); load averages at the end \(.load).\n"

@@ -1,5 +1,7 @@
 // Reading and writing a one-value state file against plain stdio. Runs in a private world, because
 // state files have fixed paths.
+#include <unistd.h>
+
 #include <cstdio>
 
 #include "counted.h"
@@ -15,6 +17,8 @@ void plain_write(benchmark::State &state) {
     for (auto _ : state) {
         std::FILE *const file = std::fopen(kFile, "w");
         std::fprintf(file, "%d", 4711);
+        std::fflush(file);
+        fsync(fileno(file));
         std::fclose(file);
     }
 }

@@ -7,8 +7,8 @@
 /// of "https://" and the word replace the word, without a terminator. Getters return 0, or 1 when
 /// out is null.
 ///
-/// Setters write at most 255 characters of url to the override file. They return 0, or 1 when the
-/// file cannot be opened or url is null.
+/// Setters write at most 255 characters of url to the override file and sync it. They return 0, or
+/// 1 when the file cannot be opened or url is null.
 #pragma once
 
 #include "../base/c_api.h"

@@ -51,6 +51,7 @@ int api_conn_fail_log_time_set(uint32_t start) noexcept {
     int32_t up_time = 0;
     sn_get_sys_up_time(&up_time);
     (void)std::fprintf(file.get(), "%d", up_time > kHeadStart ? up_time - kHeadStart : 0);
+    (void)store(file.get());
     return 0;
 }
 

@@ -12,8 +12,8 @@ CLOUD_API_BEGIN
 /// Returns 0, or -1 when /tmp/cloud_blinking cannot be created.
 int api_system_led_blink(uint32_t mode) CLOUD_NOEXCEPT;
 
-/// Writes value to /mnt/data/iss_config/current_config/zorb_cloud_register_file. Returns 0, or -1
-/// when the file cannot be created.
+/// Writes value to /mnt/data/iss_config/current_config/zorb_cloud_register_file and syncs it.
+/// Returns 0, or -1 when the file cannot be created.
 int api_zorb_cloud_register_set(int value) CLOUD_NOEXCEPT;
 
 CLOUD_API_END

@@ -2,7 +2,7 @@
 /// The sequence number of the agents' cloud messages, and the API key and secret. Key and secret
 /// are bound to the device: they are stored with sys_mac_addr_compact appended and read back only
 /// if that suffix matches. All three files are in /tmp/app/cloud_tmp/ and vanish at a reboot. No
-/// lock is taken.
+/// lock is taken. Setters sync what they write, see state_files.h.
 #pragma once
 
 #include "../base/c_api.h"

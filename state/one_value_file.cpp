@@ -1,7 +1,10 @@
 #include "state/one_value_file.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdarg>
-#include <cstdio>
 
 #include "base/fixed_text.h"
 #include "base/owned.h"
@@ -42,7 +45,26 @@ bool write_value(const char *path, const char *format, ...) noexcept {
     va_start(arguments, format);
     (void)std::vfprintf(file.get(), format, arguments);
     va_end(arguments);
+    (void)store(file.get());
     return true;
+}
+
+void create_number(const char *path, uint32_t number) noexcept {
+    struct stat found = {};
+    const bool missing = lstat(path, &found) != 0 && errno == ENOENT;  // not even a link
+    const OwnedFile file(std::fopen(path, "w"));
+    if (!file) {
+        return;
+    }
+    const bool printed = std::fprintf(file.get(), "%u", number) > 0;
+    if (!(store(file.get()) && printed) && missing) {
+        unlink(path);
+    }
+}
+
+bool store(std::FILE *file) noexcept {
+    return std::fflush(file) == 0 &&
+           (fsync(fileno(file)) == 0 || errno == EINVAL || errno == ENOTSUP || errno == EROFS);
 }
 
 }  // namespace cloudagent

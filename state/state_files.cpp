@@ -69,7 +69,7 @@ uint32_t get_lasting_switch(const char *path, uint32_t *value) noexcept {
     uint32_t current = value != nullptr ? *value : 1;
     if (read_number(path, &current) == FileValue::kNoFile) {
         current = 1;
-        write_value(path, "%u", current);
+        create_number(path, current);
     }
     if (value != nullptr) {
         *value = current >= 2 ? 1 : current;
@@ -155,6 +155,7 @@ uint32_t api_sorvane_list_set(char (*entries)[256], int count, const char *selec
         const bool marked = selected != nullptr && std::strcmp(entry.c_str(), selected) == 0;
         (void)std::fprintf(file.get(), "%s%s\n", marked ? "*" : "", entry.c_str());
     }
+    (void)store(file.get());
     return kDone;
 }
 

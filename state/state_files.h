@@ -12,6 +12,9 @@
 ///
 /// Setters replace the file's content and add no newline. A text is cut at 255 characters. They
 /// return 0, or 1 when the file cannot be opened or the text is null, unless noted.
+///
+/// A written file is synced before it is closed: after the call a power cut leaves the new value,
+/// during the call the old value, the new one or an empty file.
 #pragma once
 
 #include "../base/c_api.h"
@@ -22,7 +25,7 @@ CLOUD_API_BEGIN
 uint32_t api_cloud_debug_get(uint32_t *value) CLOUD_NOEXCEPT;
 
 /// DHCP renewal, SETTINGS/cloud_RenewDHCP: 0 or 1; 2 or more reads as 1. A missing file reads as 1
-/// and is created, holding "1".
+/// and is created, holding "1"; it is removed again if it cannot be stored whole.
 uint32_t api_cloud_RenewDHCP_get(uint32_t *value) CLOUD_NOEXCEPT;
 
 /// DNS detection, SETTINGS/cloud_DetectDNS: the same rules as api_cloud_RenewDHCP_get.

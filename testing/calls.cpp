@@ -76,6 +76,7 @@ INTERCEPT(int, system, (const char *command), (command))
 INTERCEPT(int, unlink, (const char *path), (path))
 INTERCEPT(ssize_t, write, (int file, const void *data, size_t size), (file, data, size))
 INTERCEPT(int, fclose, (std::FILE * file), (file))
+INTERCEPT(int, fsync, (int file), (file))
 // Under both of libc's names.
 INTERCEPT(std::time_t, time, (std::time_t * out), (out))
 INTERCEPT_AS(__time64, std::time_t, time, (std::time_t * out), (out))
