@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -89,6 +90,18 @@ void format_body(const DumpFile &file, const char *argument, WorkBuffer &work) n
     }
 }
 
+// At a reboot init terminates every process at once, and kills it a second later: go on to the end
+// of the job. Unlike an ignored signal, a caught one is not inherited by the command.
+void outlive_termination() noexcept {
+    struct sigaction action = {};
+    if (sigaction(SIGTERM, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+        action = {};
+        action.sa_handler = [](int) {};
+        action.sa_flags = SA_RESTART;
+        sigaction(SIGTERM, &action, nullptr);
+    }
+}
+
 void upload(const DumpFile &file, const char *work) noexcept {
     const char *const dump = has(file, kSendsCommand) ? work : file.dump;
     const char *const copy = has(file, kSendsCommand) ? work : file.copy;
@@ -100,6 +113,7 @@ void upload(const DumpFile &file, const char *work) noexcept {
     }
     remove_file(dump, file.ids.removed);
     if (has(file, kRebootAfterUpgrade) && access("/tmp/upgrade_finish", F_OK) == 0) {
+        outlive_termination();
         // NOLINTNEXTLINE(cert-env33-c): the device's shell knows the command
         [[maybe_unused]] const int result = std::system("reboot;");
     }
