@@ -41,6 +41,15 @@ std::vector<Exchange> ScriptedServer::requests() const {
     return requests;
 }
 
+std::vector<std::string> ScriptedServer::asked() const {
+    std::vector<std::string> lines;
+    for (const Exchange &request : requests()) {
+        lines.push_back(request.method + " " + request.target +
+                        (request.body.empty() ? "" : " " + request.body));
+    }
+    return lines;
+}
+
 std::string ScriptedServer::endpoint_of(const Request &request) {
     for (const std::string &which : {request.method + " " + request.path(), request.path()})
         if (has_script(which))

@@ -54,6 +54,8 @@ class ScriptedServer : private Service {
 
     // Every request that has ended, also those broken off.
     std::vector<Exchange> requests() const;
+    // The same as "METHOD target", then " body" if there is one.
+    std::vector<std::string> asked() const;
     void forget_requests() { kept_.take(); }
 
   private:

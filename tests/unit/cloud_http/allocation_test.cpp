@@ -2,22 +2,20 @@
 #include <curl/curl.h>
 #include <openssl/crypto.h>
 
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
 #include "cloud_http/curl_http.h"
 #include "cloud_http/http_reply.h"
 #include "cloud_http/proxy.h"
-#include "cloud_http/upload_url.h"
+#include "cloud_http_fixture.h"
 #include "testing/call_trace.h"
 #include "testing/failing_memory.h"
-#include "upload_fixture.h"
 
 namespace {
 
 constexpr const char *kThing = "http://127.0.0.1:8000/api/thing";
-constexpr const char *kNoMemoryLog = "cannot allocate buffer for output\n";
+const std::string kNoMemoryLog = "cannot allocate buffer for output\n";
 
 template <size_t Size>
 int is_of(const MemoryRequest *request) {
@@ -40,9 +38,8 @@ CURL *no_handle() { return nullptr; }
 class AllocationTest : public UploadTest {
   protected:
     AllocationTest() {
-        local_service->on("/api/thing", {world::json_reply("{\"a\":1}")});
-        const std::string endpoint = std::string(kCloud) + "/kdumps";
-        endpoint.copy(KDUMPS_url, endpoint.size());
+        local_service->on("/api/thing", {json_reply("{\"a\":1}")});
+        ask_at(std::string(kCloud) + "/kdumps");
         reply_sizes.clear();
     }
     ~AllocationTest() override {
@@ -62,6 +59,8 @@ class AllocationTest : public UploadTest {
             return option == refused ? std::optional(code) : std::nullopt;
         };
     }
+
+    ScriptedServer cloud{plain()};
 };
 
 TEST_F(AllocationTest, AReplyGrowsByExactlyItsChunks) {
@@ -76,28 +75,21 @@ TEST_F(AllocationTest, AReplyGrowsByExactlyItsChunks) {
     EXPECT_EQ(memory_live(), 0u);
 }
 
-TEST_F(AllocationTest, AReplyThatCannotGrowIsReleased) {
-    const MemoryWatch watch(2, MEMORY_FAILS_ONWARD, is_of_a_reply);
-    HttpReply reply = {HTTP_REPLY_MEMORY, nullptr, 0};
-    write(reply, "12345");
-    EXPECT_EQ(write(reply, "678"), 0u);
-    EXPECT_EQ(memory_live(), 0u);
-    EXPECT_EQ(reply.data, nullptr);
-    EXPECT_EQ(reply.size, 0u);
-    EXPECT_EQ(reply.mode, 2u);
-    EXPECT_EQ(console.text_without_stamps(), kNoMemoryLog);
+TEST_F(AllocationTest, AReplyThatCannotBeginOrGrowIsReleased) {
+    for (const size_t failing : {1u, 2u}) {
+        const MemoryWatch watch(failing, MEMORY_FAILS_ONWARD, is_of_a_reply);
+        HttpReply reply = {HTTP_REPLY_MEMORY, nullptr, 0};
+        EXPECT_EQ(write(reply, "12345"), failing == 1 ? 0u : 5u);
+        EXPECT_EQ(write(reply, "678"), 0u);
+        EXPECT_EQ(memory_live(), 0u);
+        EXPECT_EQ(reply.data, nullptr);
+        EXPECT_EQ(reply.size, 0u);
+        EXPECT_EQ(reply.mode, 2u);
+        EXPECT_EQ(logged(), failing == 1 ? kNoMemoryLog + kNoMemoryLog : kNoMemoryLog);
+    }
 }
 
-TEST_F(AllocationTest, AReplyThatCannotBeginStaysEmpty) {
-    HttpReply reply = {HTTP_REPLY_MEMORY, nullptr, 0};
-    const MemoryWatch watch(1, MEMORY_FAILS_ONWARD, is_of_a_reply);
-    EXPECT_EQ(write(reply, "678"), 0u);
-    EXPECT_EQ(reply.data, nullptr);
-    EXPECT_EQ(reply.size, 0u);
-    EXPECT_EQ(console.text_without_stamps(), kNoMemoryLog);
-}
-
-// The size is a 32-bit number: bytes and terminator may come to its largest value, not beyond.
+// The size is a 32-bit number: bytes and terminator may add up to its largest value, not beyond.
 TEST_F(AllocationTest, AReplyIsNoLongerThanItsSizeCanTell) {
     const struct {
         uint32_t size;
@@ -125,8 +117,7 @@ TEST_F(AllocationTest, ALocalRequestEndsWithAWriteError) {
     char *out = &untouched;
     EXPECT_EQ(http_get(kThing, &out), CURLE_WRITE_ERROR);
     EXPECT_EQ(out, nullptr);
-    EXPECT_EQ(console.text_without_stamps(),
-              std::string(kNoMemoryLog) + "\ncurl_http 1318 : method GET fail error 23\n\n");
+    EXPECT_EQ(logged(), kNoMemoryLog + "\ncurl_http 1318 : method GET fail error 23\n\n");
     EXPECT_EQ(curl_http_fail_count, 1u);
 }
 
@@ -153,26 +144,22 @@ TEST_F(AllocationTest, ALocalRequestFailsWithoutAHandle) {
 
 TEST_F(AllocationTest, CloudRequestsFailWithoutAHandle) {
     calls::answer<curl_easy_init>() = no_handle;
-    EXPECT_EQ(api_TFA_post_data("{}"), CURLE_BAD_FUNCTION_ARGUMENT);
-    EXPECT_EQ(upload(0), CURLE_BAD_FUNCTION_ARGUMENT);
-    EXPECT_TRUE(world::exists(kDump));
-    EXPECT_EQ(count_of(console.text_without_stamps(), "TFA curl error : 43\n"), 1);
+    expect_both_to_fail_with(CURLE_BAD_FUNCTION_ARGUMENT);
+    EXPECT_EQ(count_of(logged(), "TFA curl error : 43\n"), 1);
 }
 
 TEST_F(AllocationTest, RepliesAreReleasedBeforeEachRequestReturns) {
-    world::ScriptedServer cloud(plain_cloud());
     const char *const replies[] = {"no JSON", R"({"no":"message"})", R"({"message":"no"})",
                                    R"({"message":"OK"})", R"({"message":"OK","upload_url":"u"})"};
     for (const char *reply : replies) {
-        cloud.on("/kdumps", {world::json_reply(reply)});
+        cloud.on("/kdumps", {json_reply(reply)});
         const MemoryWatch watch;
         api_TFA_post_data("{}");
-        std::free(g_upload_url);
-        g_upload_url = nullptr;
+        forget_upload_url();
         EXPECT_EQ(memory_live(), 0u) << reply;
     }
     for (const int status : {200, 500}) {
-        cloud.on("/put", {world::status_reply(status, "reply")});
+        cloud.on("/put", {status_reply(status, "reply")});
         world::write_file(kDump, kContent);
         const MemoryWatch watch;
         EXPECT_NE(upload(0), 1);
@@ -181,17 +168,14 @@ TEST_F(AllocationTest, RepliesAreReleasedBeforeEachRequestReturns) {
 }
 
 TEST_F(AllocationTest, TheUrlThatCannotBeKeptIsAnError) {
-    world::ScriptedServer cloud(plain_cloud());
     const std::string upload_url(4321, 'u');
-    cloud.on("/kdumps",
-             {world::json_reply(R"({"message":"OK","upload_url":")" + upload_url + "\"}")});
+    cloud.on("/kdumps", {json_reply(R"({"message":"OK","upload_url":")" + upload_url + "\"}")});
     {
         const MemoryWatch watch(1, MEMORY_FAILS_ONWARD, is_of<4322>);
         EXPECT_EQ(api_TFA_post_data("{}"), -1);
     }
     EXPECT_EQ(g_upload_url, nullptr);
-    EXPECT_THAT(console.text_without_stamps(),
-                testing::EndsWith("api_TFA_post_data 340 url_size 4321 \n\n"));
+    EXPECT_THAT(logged(), testing::EndsWith("api_TFA_post_data 340 url_size 4321 \n\n"));
     EXPECT_EQ(api_TFA_post_data("{}"), 0);
     EXPECT_EQ(g_upload_url, upload_url);
 }
@@ -206,18 +190,16 @@ class OptionWithoutMemory : public AllocationTest, public testing::WithParamInte
         publish_proxy(R"("enable":true,"proxyServer":"127.0.0.1","proxyServerPort":9)");
         std::memcpy(g_curl_dns_server, "127.0.0.1", 10);
         g_detect_dns = 1;
-        cloud.on("*", {world::json_reply(R"({"message":"OK"})")});
+        cloud.on("*", {json_reply(R"({"message":"OK"})")});
     }
 
     static int calls_of(const std::string &lines, const std::string &call) {
         return count_of(trace::of_handle(lines, 1), call + "\n");
     }
-
-    world::ScriptedServer cloud{plain_cloud()};
 };
 
 // A request with an option missing would be another request.
-TEST_P(OptionWithoutMemory, KeepsARequestFromGoingOut) {
+TEST_P(OptionWithoutMemory, MeansNoRequest) {
     refuse(GetParam().option, CURLE_OUT_OF_MEMORY);
     trace::start();
     api_TFA_post_data("{}");
@@ -226,7 +208,7 @@ TEST_P(OptionWithoutMemory, KeepsARequestFromGoingOut) {
     EXPECT_EQ(calls_of(lines, "hook"), 1);
     EXPECT_EQ(calls_of(lines, "cleanup"), 1);
     EXPECT_TRUE(cloud.requests().empty());
-    EXPECT_THAT(console.text_without_stamps(), testing::EndsWith("TFA curl error : 27\n"));
+    EXPECT_THAT(logged(), testing::EndsWith("TFA curl error : 27\n"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -242,35 +224,30 @@ TEST_F(AllocationTest, ALocalRequestWithoutItsMethodIsNotSent) {
     refuse(CURLOPT_CUSTOMREQUEST, CURLE_OUT_OF_MEMORY);
     EXPECT_EQ(http_patch(kThing, "b", nullptr), CURLE_OUT_OF_MEMORY);
     EXPECT_TRUE(local_service->requests().empty());
-    EXPECT_EQ(console.text_without_stamps(), "\ncurl_http 1318 : method PATCH fail error 27\n\n");
+    EXPECT_EQ(logged(), "\ncurl_http 1318 : method PATCH fail error 27\n\n");
     EXPECT_EQ(curl_http_fail_count, 1u);
 }
 
 // libcurl would fault in the handshake.
 TEST_F(AllocationTest, NothingIsSentToTheCloudWhenOpensslHasNotStarted) {
-    world::ScriptedServer cloud(plain_cloud());
     calls::answer<OSSL_LIB_CTX_get0_global_default>() = [] { return nullptr; };
-    EXPECT_EQ(api_TFA_post_data("{}"), CURLE_OUT_OF_MEMORY);
-    EXPECT_EQ(upload(0), CURLE_OUT_OF_MEMORY);
+    expect_both_to_fail_with(CURLE_OUT_OF_MEMORY);
     EXPECT_TRUE(cloud.requests().empty());
-    EXPECT_TRUE(world::exists(kDump));
 }
 
 TEST_F(AllocationTest, AnUploadWithoutItsHeaderListIsNotSent) {
-    world::ScriptedServer cloud(plain_cloud());
     calls::answer<curl_slist_append>() = [](curl_slist *, const char *) { return nullptr; };
     EXPECT_EQ(upload(0), CURLE_OUT_OF_MEMORY);
     EXPECT_TRUE(cloud.requests().empty());
     EXPECT_TRUE(world::exists(kDump));
-    EXPECT_THAT(console.text_without_stamps(),
+    EXPECT_THAT(logged(),
                 testing::EndsWith("api_TFA_post_FILE 439 curl_easy_perform() failed: " +
                                   std::string(curl_easy_strerror(CURLE_OUT_OF_MEMORY)) + "\n\n"));
 }
 
 // As by a libcurl that was built without the name server options.
 TEST_F(AllocationTest, AnOptionThatLibcurlLacksIsNotInEffect) {
-    world::ScriptedServer cloud(plain_cloud());
-    cloud.on("/kdumps", {world::json_reply(R"({"message":"OK","upload_url":"u"})")});
+    cloud.on("/kdumps", {json_reply(R"({"message":"OK","upload_url":"u"})")});
     g_detect_dns = 1;
     std::memcpy(g_curl_dns_server, "127.0.0.1", 10);
     for (const CURLcode refusal :
@@ -278,8 +255,7 @@ TEST_F(AllocationTest, AnOptionThatLibcurlLacksIsNotInEffect) {
         refuse(CURLOPT_DNS_SERVERS, refusal);
         EXPECT_EQ(api_TFA_post_data("{}"), 0);
         EXPECT_STREQ(g_upload_url, "u");
-        std::free(g_upload_url);
-        g_upload_url = nullptr;
+        forget_upload_url();
     }
 }
 

@@ -8,7 +8,6 @@
 #include "cloud_http/curl_http.h"
 #include "cloud_http/http_reply.h"
 #include "cloud_http_fixture.h"
-#include "log/log.h"
 
 namespace {
 
@@ -68,9 +67,8 @@ class CurlInfoTest : public CloudHttpTest {
     ~CurlInfoTest() override { calls::answer<calls::get_info>() = nullptr; }
 
     std::string dump(CURL *handle = nullptr) {
-        console.clear();
         curl_info_dump(handle);
-        return console.text_without_stamps();
+        return logged();
     }
 };
 
@@ -113,8 +111,8 @@ TEST_F(CurlInfoTest, LeavesOutMostNullTexts) {
     EXPECT_EQ(dump(), expected);
 }
 
-TEST_F(CurlInfoTest, TellsOfARealTransfer) {
-    local_service->on("/a", {world::json_reply("{\"b\":1}")});
+TEST_F(CurlInfoTest, DescribesARealTransfer) {
+    local_service->on("/a", {json_reply("{\"b\":1}")});
     CURL *const handle = curl_easy_init();
     curl_easy_setopt(handle, CURLOPT_URL, "http://127.0.0.1:8000/a");
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 1L);
@@ -130,8 +128,9 @@ TEST_F(CurlInfoTest, TellsOfARealTransfer) {
           "\nCURLINFO_HTTP_CONNECTCODE 000\n", "\nCURLINFO_NUM_CONNECTS1\n",
           "\nCURLINFO_REDIRECT_COUNT0\n", "\nCURLINFO_SIZE_DOWNLOAD 7\n",
           "\nCURLINFO_CONTENT_TYPE application/json\n", "\nCURLINFO_PRIMARY_IP 127.0.0.1\n",
-          "\nCURLINFO_PRIMARY_PORT 8000\n", "\nCURLINFO_LOCAL_IP 127.0.0.1\n"})
+          "\nCURLINFO_PRIMARY_PORT 8000\n", "\nCURLINFO_LOCAL_IP 127.0.0.1\n"}) {
         EXPECT_EQ(count_of("\n" + log, line), 1) << line;
+    }
     EXPECT_EQ(count_of(log, "CURLINFO_FTP_ENTRY_PATH"), 0);
     EXPECT_EQ(count_of(log, "CURLINFO_REDIRECT_URL"), 0);
 }

@@ -1,29 +1,22 @@
-#include <curl/curl.h>
-
 #include <cstring>
 
-#include "cloud_http/upload_url.h"
 #include "cloud_http_fixture.h"
 
 namespace {
-
-constexpr const char *kFile = "/tmp/curlDNSFile";
-
-class DnsFileTest : public CloudHttpTest {};
 
 struct Line : NamedRow {
     std::string content;
     std::string read;
 };
 
-class DnsFileLine : public DnsFileTest, public testing::WithParamInterface<Line> {};
+class DnsFileLine : public CloudHttpTest, public testing::WithParamInterface<Line> {};
 
 TEST_P(DnsFileLine, IsCutAt63Characters) {
-    world::write_file(kFile, GetParam().content);
+    world::write_file(kDnsFile, GetParam().content);
     std::memset(g_curl_dns_server, 'x', sizeof g_curl_dns_server - 1);
     EXPECT_EQ(ReadCurlDnsFile(), 0);
     EXPECT_EQ(g_curl_dns_server, GetParam().read);
-    EXPECT_EQ(console.text(), "");
+    EXPECT_EQ(logged(), "");
 }
 
 const std::string k62(62, 'a');
@@ -43,29 +36,26 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{"NulAtTheStart", std::string("\0b", 2), ""}),
     RowName());
 
-TEST_F(DnsFileTest, AMissingFileIsLoggedAtEveryCall) {
-    std::memcpy(g_curl_dns_server, "kept", 5);
-    EXPECT_EQ(ReadCurlDnsFile(), -1);
-    EXPECT_EQ(ReadCurlDnsFile(), -1);
-    EXPECT_STREQ(g_curl_dns_server, "kept");
-    const std::string line = "\n\nReadCurlDnsFile 103 : get Curl info DNS server failed\n\n";
-    EXPECT_EQ(console.text_without_stamps(), line + line);
-}
+class DnsFileTest : public CloudHttpTest {};
 
-TEST_F(DnsFileTest, AnEmptyFileFailsWithoutALine) {
-    world::write_file(kFile, "");
-    std::memcpy(g_curl_dns_server, "kept", 5);
+TEST_F(DnsFileTest, AMissingOrEmptyFileLeavesTheText) {
+    std::strcpy(g_curl_dns_server, "kept");
     EXPECT_EQ(ReadCurlDnsFile(), -1);
+    EXPECT_EQ(ReadCurlDnsFile(), -1);
+    const std::string line = "\n\nReadCurlDnsFile 103 : get Curl info DNS server failed\n\n";
+    EXPECT_EQ(logged(), line + line) << "at every call";
+    world::write_file(kDnsFile, "");
+    EXPECT_EQ(ReadCurlDnsFile(), -1);
+    EXPECT_EQ(logged(), "");
     EXPECT_STREQ(g_curl_dns_server, "kept");
-    EXPECT_EQ(console.text(), "");
 }
 
 TEST_F(DnsFileTest, ReadsAnewWhenCalledDirectly) {
-    world::write_file(kFile, "10.0.0.1");
-    EXPECT_EQ(ReadCurlDnsFile(), 0);
-    world::write_file(kFile, "10.0.0.2");
-    EXPECT_EQ(ReadCurlDnsFile(), 0);
-    EXPECT_STREQ(g_curl_dns_server, "10.0.0.2");
+    for (const char *server : {"10.0.0.1", "10.0.0.2"}) {
+        world::write_file(kDnsFile, server);
+        EXPECT_EQ(ReadCurlDnsFile(), 0);
+        EXPECT_STREQ(g_curl_dns_server, server);
+    }
 }
 
 }  // namespace

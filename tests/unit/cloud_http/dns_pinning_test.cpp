@@ -3,25 +3,23 @@
 
 #include <cstring>
 
-#include "cloud_http/upload_url.h"
+#include "cloud_http_fixture.h"
 #include "testing/call_trace.h"
-#include "upload_fixture.h"
 
 namespace {
 
-constexpr const char *kFile = "/tmp/curlDNSFile";
-constexpr const char *kNoFileLog =
-    "log \"\\n\\nReadCurlDnsFile 103 : get Curl info DNS server failed\\n\\n\"\n";
-constexpr const char *kNoCache = "1 DNS_CACHE_TIMEOUT 0\n";
-constexpr const char *kUnresolved = "log \"TFA curl error : 6\\n\"\n";
+using testing::EndsWith;
+
+const std::string kOpened = "open /tmp/curlDNSFile r\n";
+const std::string kRead = kOpened + "close /tmp/curlDNSFile\n";
+const std::string kNoCache = "1 DNS_CACHE_TIMEOUT 0\n";
+const std::string kUnresolved = "log \"TFA curl error : 6\\n\"\n";
 
 class DnsPinningTest : public UploadTest {
   protected:
-    DnsPinningTest() { ask_at(kNobody); }
-
-    static void ask_at(const std::string &url) {
-        url.copy(KDUMPS_url, url.size());
-        KDUMPS_url[url.size()] = '\0';
+    DnsPinningTest() {
+        ask_at(kNobody);
+        g_detect_dns = 1;
     }
 
     static std::string whole_trace() {
@@ -39,99 +37,85 @@ class DnsPinningTest : public UploadTest {
         return all.substr(begin, end - begin);
     }
 
-    static std::string read_and_pinned(const std::string &servers) {
-        return std::string("open ") + kFile + " r\nclose " + kFile + "\n1 DNS_SERVERS \"" +
-               servers + "\"\n";
+    static std::string servers(const std::string &list) {
+        return "1 DNS_SERVERS \"" + list + "\"\n";
     }
 };
 
 TEST_F(DnsPinningTest, IsOffWithoutTheFlag) {
-    world::write_file(kFile, "127.0.0.1");
+    g_detect_dns = 0;
+    world::write_file(kDnsFile, "127.0.0.1");
     EXPECT_EQ(pinning(), "");
-    std::memcpy(g_curl_dns_server, "127.0.0.1", 10);
+    std::strcpy(g_curl_dns_server, "127.0.0.1");
     EXPECT_EQ(pinning(), "");
 }
 
 TEST_F(DnsPinningTest, TakesTheServersOfTheFile) {
     for (const uint32_t flag : {1u, 2u, UINT32_MAX}) {
         g_detect_dns = flag;
-        std::memset(g_curl_dns_server, 0, sizeof g_curl_dns_server);
-        world::write_file(kFile, "127.0.0.1");
-        EXPECT_EQ(pinning(), read_and_pinned("127.0.0.1"));
+        g_curl_dns_server[0] = '\0';
+        world::write_file(kDnsFile, "127.0.0.1");
+        EXPECT_EQ(pinning(), kRead + servers("127.0.0.1"));
     }
 }
 
-TEST_F(DnsPinningTest, KeepsTheLineEnd) {
-    g_detect_dns = 1;
-    world::write_file(kFile, "127.0.0.1\n127.0.0.2\n");
-    EXPECT_EQ(pinning(), read_and_pinned("127.0.0.1\\n"));
+TEST_F(DnsPinningTest, ReadsTheFileOnceAndKeepsTheLineEnd) {
+    world::write_file(kDnsFile, "127.0.0.1\n127.0.0.2\n");
+    EXPECT_EQ(pinning(), kRead + servers("127.0.0.1\\n"));
+    world::write_file(kDnsFile, "10.0.0.1\n");
+    EXPECT_EQ(pinning(), servers("127.0.0.1\\n"));
+    EXPECT_EQ(pinning(), servers("127.0.0.1\\n"));
 }
 
-TEST_F(DnsPinningTest, ReadsTheFileOnce) {
-    g_detect_dns = 1;
-    world::write_file(kFile, "127.0.0.1\n");
-    pinning();
-    world::write_file(kFile, "10.0.0.1\n");
-    EXPECT_EQ(pinning(), "1 DNS_SERVERS \"127.0.0.1\\n\"\n");
-    EXPECT_EQ(pinning(), "1 DNS_SERVERS \"127.0.0.1\\n\"\n");
-}
-
-TEST_F(DnsPinningTest, LogsAMissingFileAtEveryCall) {
-    g_detect_dns = 1;
-    const std::string expected = std::string("open ") + kFile + " r\n" + kNoFileLog + kNoCache;
-    EXPECT_EQ(pinning(), expected);
-    EXPECT_EQ(pinning(), expected);
-}
-
-TEST_F(DnsPinningTest, FindsAFileThatComesLater) {
-    g_detect_dns = 1;
-    pinning();
-    world::write_file(kFile, "127.0.0.1");
-    EXPECT_EQ(pinning(), read_and_pinned("127.0.0.1"));
+TEST_F(DnsPinningTest, LogsAMissingFileAtEveryCallAndFindsItLater) {
+    const std::string missing =
+        kOpened + "log \"\\n\\nReadCurlDnsFile 103 : get Curl info DNS server failed\\n\\n\"\n";
+    EXPECT_EQ(pinning(), missing + kNoCache);
+    EXPECT_EQ(pinning(), missing + kNoCache);
+    world::write_file(kDnsFile, "127.0.0.1");
+    EXPECT_EQ(pinning(), kRead + servers("127.0.0.1"));
 }
 
 TEST_F(DnsPinningTest, TakesAnEmptyFileForNone) {
-    g_detect_dns = 1;
     for (const std::string &content : {std::string(), std::string(1, '\0')}) {
-        world::write_file(kFile, content);
-        EXPECT_EQ(pinning(), std::string("open ") + kFile + " r\nclose " + kFile + "\n" + kNoCache);
+        world::write_file(kDnsFile, content);
+        EXPECT_EQ(pinning(), kRead + kNoCache);
     }
 }
 
 TEST_F(DnsPinningTest, HasNoPartInUploads) {
-    g_detect_dns = 1;
-    world::write_file(kFile, "127.0.0.1");
+    world::write_file(kDnsFile, "127.0.0.1");
     url = "http://nowhere.test/";
     trace::start();
     EXPECT_EQ(upload(1), CURLE_COULDNT_RESOLVE_HOST);
     g_detect_dns = 0;
     EXPECT_EQ(upload(1), CURLE_COULDNT_RESOLVE_HOST);
     const std::string all = trace::stop();
-    EXPECT_EQ(count_of(all, " DNS_"), 0);
-    EXPECT_EQ(count_of(all, kFile), 0);
-    EXPECT_EQ(count_of(all, "resolver init"), 0);
+    for (const char *part : {" DNS_", kDnsFile, "resolver init"}) {
+        EXPECT_EQ(count_of(all, part), 0) << part;
+    }
+    EXPECT_STREQ(g_curl_dns_server, "");
 }
 
 TEST_F(DnsPinningTest, SetsTheResolverUpAnewAfterAnUnknownHost) {
+    g_detect_dns = 0;
     ask_at("http://nowhere.test/");
-    for (int attempt = 0; attempt < 3; ++attempt)
-        EXPECT_THAT(
-            whole_trace(),
-            testing::EndsWith("list free \"Content-Type: application/json\"\nresolver init\n" +
-                              std::string(kUnresolved)));
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        EXPECT_THAT(whole_trace(), EndsWith("list free \"Content-Type: application/json\"\n"
+                                            "resolver init\n" +
+                                            kUnresolved));
+    }
 }
 
-TEST_F(DnsPinningTest, LeavesTheResolverAloneWhenPinned) {
+TEST_F(DnsPinningTest, LeavesTheResolverAloneWhenPinnedAndAfterOtherFailures) {
     ask_at("http://nowhere.test/");
-    g_detect_dns = 1;
-    const std::string all = whole_trace();
-    EXPECT_THAT(all, testing::EndsWith(kUnresolved));
+    std::string all = whole_trace();
+    EXPECT_THAT(all, EndsWith(kUnresolved));
     EXPECT_EQ(count_of(all, "resolver init"), 0);
-}
-
-TEST_F(DnsPinningTest, LeavesTheResolverAloneAfterOtherFailures) {
-    const std::string all = whole_trace();
-    EXPECT_THAT(all, testing::EndsWith("log \"TFA curl error : 7\\n\"\n"));
+    g_detect_dns = 0;
+    ask_at(kNobody);
+    all = whole_trace();
+    EXPECT_THAT(all, EndsWith("log \"TFA curl error : 7\\n\"\n"));
     EXPECT_EQ(count_of(all, "resolver init"), 0);
 }
 

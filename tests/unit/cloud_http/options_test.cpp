@@ -3,16 +3,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-
 #include "cloud_http/curl_http.h"
-#include "cloud_http/upload_url.h"
+#include "cloud_http/proxy.h"
+#include "cloud_http_fixture.h"
 #include "testing/call_trace.h"
-#include "upload_fixture.h"
 
 namespace {
-
-constexpr const char *kThing = "http://127.0.0.1:8000/api/thing";
 
 std::string trace_of(const std::function<void()> &call) {
     trace::start();
@@ -25,55 +21,45 @@ int refuse(int, struct stat *) { return -1; }
 class OptionsTest : public UploadTest {
   protected:
     OptionsTest() {
-        local_service->on("/api/thing", {world::json_reply("{}")});
-        cloud.on("/kdumps", {world::json_reply(R"({"message":"no"})")});
-        cloud.on("/put", {world::status_reply(200)});
-        const std::string endpoint = std::string(kCloud) + "/kdumps";
-        endpoint.copy(KDUMPS_url, endpoint.size());
+        answer_both(cloud);
+        ask_at(std::string(kCloud) + "/kdumps");
     }
 
-    world::ScriptedServer cloud{plain_cloud()};
+    ScriptedServer cloud{plain()};
 };
 
-TEST_F(OptionsTest, OfALocalGet) {
-    EXPECT_EQ(trace_of([] { http_get(kThing, nullptr); }), R"(handle 1
-1 URL "http://127.0.0.1:8000/api/thing"
-1 CUSTOMREQUEST "GET"
-1 WRITEFUNCTION http_reply_write
-1 WRITEDATA record
-1 perform into {2, null, 0}
-1 status
-1 cleanup
-)");
+struct Local : NamedRow {
+    const char *method;
+    const char *body;
+    bool fails;
+    std::string body_option;
+};
+
+class LocalOptions : public OptionsTest, public testing::WithParamInterface<Local> {};
+
+TEST_P(LocalOptions, AreTheRequests) {
+    const std::string method = GetParam().method;
+    if (GetParam().fails) {
+        local_service.reset();
+    }
+    EXPECT_EQ(
+        trace_of([&] {
+            curl_http(method.c_str(), "http://127.0.0.1:8000/a", nullptr, GetParam().body);
+        }),
+        "handle 1\n1 URL \"http://127.0.0.1:8000/a\"\n1 CUSTOMREQUEST \"" + method + "\"\n" +
+            GetParam().body_option +
+            "1 WRITEFUNCTION http_reply_write\n1 WRITEDATA record\n"
+            "1 perform into {2, null, 0}\n1 status\n1 cleanup\n" +
+            (GetParam().fails ? "log \"\\ncurl_http 1318 : method DELETE fail error 7\\n\\n\"\n"
+                              : ""));
 }
 
-TEST_F(OptionsTest, OfALocalPost) {
-    EXPECT_EQ(trace_of([] { http_post(kThing, "body", nullptr); }), R"(handle 1
-1 URL "http://127.0.0.1:8000/api/thing"
-1 CUSTOMREQUEST "POST"
-1 POSTFIELDS "body"
-1 WRITEFUNCTION http_reply_write
-1 WRITEDATA record
-1 perform into {2, null, 0}
-1 status
-1 cleanup
-)");
-}
-
-TEST_F(OptionsTest, OfALocalRequestThatFails) {
-    stop_local_service();
-    EXPECT_EQ(trace_of([] { http_delete(kThing, nullptr, nullptr); }), R"(handle 1
-1 URL "http://127.0.0.1:8000/api/thing"
-1 CUSTOMREQUEST "DELETE"
-1 POSTFIELDS ""
-1 WRITEFUNCTION http_reply_write
-1 WRITEDATA record
-1 perform into {2, null, 0}
-1 status
-1 cleanup
-log "\ncurl_http 1318 : method DELETE fail error 7\n\n"
-)");
-}
+INSTANTIATE_TEST_SUITE_P(
+    Of, LocalOptions,
+    testing::Values(Local{"Get", "GET", nullptr, false, ""},
+                    Local{"Post", "POST", "body", false, "1 POSTFIELDS \"body\"\n"},
+                    Local{"AFailure", "DELETE", nullptr, true, "1 POSTFIELDS \"\"\n"}),
+    RowName());
 
 const std::string kUnproxiedTransfer = R"(handle 2
 2 URL "http://127.0.0.1:8000/api/system/cloud_proxy"
@@ -146,8 +132,6 @@ log "api_TFA_post_FILE 467 curl_easy_perform() OK\n\n"
 )");
 }
 
-constexpr const char *kProxyOn = R"("enable":true,"proxyServer":"127.0.0.1","proxyServerPort":9)";
-
 // Between the answer about the proxy and the transfer.
 std::string proxy_part(const std::string &site) {
     return R"(log "\n\nc_cloud_proxy_get 60 Proxy Server change to "127.0.0.1:9"\n\n\n"
@@ -161,14 +145,11 @@ log "\n)" + site +
 )";
 }
 
-TEST_F(OptionsTest, OfTheProxyOfAnUploadUrlRequest) {
-    publish_proxy(kProxyOn);
+TEST_F(OptionsTest, OfTheProxyOfBothRequests) {
+    publish_proxy(R"("enable":true,"proxyServer":"127.0.0.1","proxyServerPort":9)");
     EXPECT_THAT(trace_of([] { api_TFA_post_data("{}"); }),
                 testing::HasSubstr(proxy_part("api_TFA_post_data 289")));
-}
-
-TEST_F(OptionsTest, OfTheProxyOfAnUpload) {
-    publish_proxy(kProxyOn);
+    g_proxy_server[0] = '\0';
     EXPECT_THAT(trace_of([this] { upload(0); }),
                 testing::HasSubstr(proxy_part("api_TFA_post_FILE 426")));
 }
@@ -181,11 +162,11 @@ TEST_F(OptionsTest, OfEveryRetryAreThoseOfTheFirstAttempt) {
     EXPECT_THAT(first, testing::EndsWith("perform into {2, null, 0}\nhook\nstatus\ncleanup\n"));
     EXPECT_EQ(trace::of_handle(lines, 3), first);
     EXPECT_EQ(trace::of_handle(lines, 5), first);
-    EXPECT_EQ(count_of(lines, "open /tmp/dump.bin rb\n"), 3);
-    EXPECT_EQ(count_of(lines, "close /tmp/dump.bin\n"), 3);
-    EXPECT_EQ(count_of(lines, "list append \"Content-Type: application/octet-stream\" to null\n"),
-              3);
-    EXPECT_EQ(count_of(lines, "list free \"Content-Type: application/octet-stream\"\n"), 3);
+    for (const char *call : {"open /tmp/dump.bin rb", "close /tmp/dump.bin",
+                             "list append \"Content-Type: application/octet-stream\" to null",
+                             "list free \"Content-Type: application/octet-stream\""}) {
+        EXPECT_EQ(count_of(lines, std::string(call) + "\n"), 3) << call;
+    }
 }
 
 TEST_F(OptionsTest, OfALargeFileHaveItsWholeSize) {
@@ -201,18 +182,15 @@ TEST_F(OptionsTest, OfAFileWhoseSizeCannotBeReadAreNeverSet) {
 log "api_TFA_post_FILE 388 filename /tmp/dump.bin\n"
 close /tmp/dump.bin
 )");
-    calls::answer<::fstat>() = nullptr;
-    EXPECT_EQ(world::read_file(kDump), kContent);
     EXPECT_TRUE(sleeps.empty());
-}
-
-TEST_F(OptionsTest, OfAFileWhoseSizeCannotBeReadAtARetryEndTheCall) {
+    calls::answer<::fstat>() = nullptr;
     on_each_sleep([](size_t) { calls::answer<::fstat>() = refuse; });
     url = kNobody;
-    EXPECT_EQ(upload(2), 1);
+    EXPECT_EQ(upload(2), 1) << "a retry ends the call too";
     calls::answer<::fstat>() = nullptr;
-    EXPECT_THAT(console.text_without_stamps(),
+    EXPECT_THAT(logged(),
                 testing::EndsWith(kRetryLog + "api_TFA_post_FILE 388 filename /tmp/dump.bin\n"));
+    EXPECT_EQ(world::read_file(kDump), kContent);
 }
 
 }  // namespace

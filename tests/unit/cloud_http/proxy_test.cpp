@@ -1,53 +1,42 @@
 #include "cloud_http/proxy.h"
 
-#include <algorithm>
-#include <array>
-
 #include "cloud_http_fixture.h"
-#include "log/log.h"
+#include "testing/guarded.h"
 
 namespace {
 
-constexpr const char *kAsked = "\n\nc_cloud_proxy_get 27\n\n\n";
-constexpr const char *kFailed = "\n\nc_cloud_proxy_get 23\n\n\n";
-constexpr const char *kNotChanged = "\n\nc_cloud_proxy_get 57 Proxy Server not change\n\n\n";
-constexpr const char *kSwitchedOff = "\n\nc_cloud_proxy_get 32 proxy_string \"\"\n\n\n";
-constexpr const char *kNoServer =
+const std::string kAsked = "\n\nc_cloud_proxy_get 27\n\n\n";
+const std::string kFailed = "\n\nc_cloud_proxy_get 23\n\n\n";
+const std::string kNotChanged = "\n\nc_cloud_proxy_get 57 Proxy Server not change\n\n\n";
+const std::string kSwitchedOff = "\n\nc_cloud_proxy_get 32 proxy_string \"\"\n\n\n";
+const std::string kNoServer =
     "\n\nc_cloud_proxy_get 41 sizeof(proxy_string) 4 proxy_string \"\"\n\n\n";
-constexpr const char *kNoEnvelope = "\n21 : restful_res not exist\n\n";
+const std::string kNoEnvelope = "\n21 : restful_res not exist\n\n";
 
 std::string changed_to(const std::string &text) {
     return "\n\nc_cloud_proxy_get 60 Proxy Server change to \"" + text + "\"\n\n\n";
 }
 
-// The caller's 160 bytes with a guard behind them. Behind its text a fresh buffer holds 'x's.
-class Buffer {
-  public:
-    explicit Buffer(const std::string &text = "old.host:1") {
-        bytes_.fill('x');
-        text.copy(bytes_.data(), text.size());
-        bytes_[text.size()] = '\0';
-        std::fill(bytes_.begin() + kSize, bytes_.end(), 'g');
-    }
-    void clear(size_t count) { std::fill_n(bytes_.begin(), count, '\0'); }
-    char *data() { return bytes_.data(); }
-    bool guard_is_whole() const {
-        return std::all_of(bytes_.begin() + kSize, bytes_.end(), [](char c) { return c == 'g'; });
-    }
-    bool operator==(const Buffer &other) const { return bytes_ == other.bytes_; }
-
-  private:
-    static constexpr size_t kSize = 160;
-    std::array<char, kSize + 64> bytes_;
-};
-
 class ProxyTest : public CloudHttpTest {
   protected:
-    void publish_reply(const std::string &reply) {
-        local_service->on("GET /api/system/cloud_proxy", {world::status_reply(200, reply)});
+    ProxyTest() {
+        buffer.set("old.host:1");
+        before = buffer.first(160);
     }
 
-    Buffer buffer;
+    // The whole caller's buffer after a call with that result.
+    std::string get(int result) {
+        EXPECT_EQ(c_cloud_proxy_get(buffer.data()), result);
+        EXPECT_TRUE(buffer.untouched_from(160));
+        return buffer.first(160);
+    }
+
+    void publish_reply(const std::string &reply) {
+        local_service->on("GET /api/system/cloud_proxy", {status_reply(200, reply)});
+    }
+
+    Guarded<160> buffer;
+    std::string before;
 };
 
 const bool g_empty_at_start = g_proxy_server[0] == '\0';  // read before the first test
@@ -60,30 +49,24 @@ TEST_F(ProxyTest, HasRoomFor160BytesAndIsEmptyAtStart) {
 TEST_F(ProxyTest, AsksTheLocalServiceOncePerCall) {
     c_cloud_proxy_get(buffer.data());
     c_cloud_proxy_get(buffer.data());
-    const auto requests = local_service->requests();
-    ASSERT_EQ(requests.size(), 2u);
-    EXPECT_EQ(requests[0].method, "GET");
-    EXPECT_EQ(requests[0].target, "/api/system/cloud_proxy");
-    EXPECT_EQ(requests[0].header("Host"), "127.0.0.1:8000");
+    EXPECT_EQ(local_service->asked(), std::vector<std::string>(2, "GET /api/system/cloud_proxy"));
+    EXPECT_EQ(local_service->requests().at(0).header("Host"), "127.0.0.1:8000");
 }
 
 struct Text : NamedRow {
     const char *members;
-    const char *text;
+    std::string text;
 };
 
 class ProxyText : public ProxyTest, public testing::WithParamInterface<Text> {};
 
 TEST_P(ProxyText, IsBuiltOnceAndThenKnown) {
     publish_proxy(GetParam().members);
-    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), 0);
-    EXPECT_STREQ(buffer.data(), GetParam().text);
-    EXPECT_EQ(console.text_without_stamps(), kAsked + changed_to(GetParam().text));
-    console.clear();
-    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), 0);
-    EXPECT_STREQ(buffer.data(), GetParam().text);
-    EXPECT_EQ(console.text_without_stamps(), std::string(kAsked) + kNotChanged);
-    EXPECT_TRUE(buffer.guard_is_whole());
+    for (const std::string &line : {changed_to(GetParam().text), kNotChanged}) {
+        get(0);
+        EXPECT_EQ(buffer.data(), GetParam().text);
+        EXPECT_EQ(logged(), kAsked + line);
+    }
 }
 
 #define SERVER R"("enable":true,"proxyServer":"10.1.1.1")"
@@ -113,18 +96,16 @@ INSTANTIATE_TEST_SUITE_P(
 struct Refusal : NamedRow {
     const char *members;
     size_t cleared;  // bytes from the start of the buffer; the others stay
-    const char *log;
+    std::string log;
 };
 
 class ProxyRefusal : public ProxyTest, public testing::WithParamInterface<Refusal> {};
 
 TEST_P(ProxyRefusal, ClearsAsMuchAsItsCase) {
     publish_proxy(GetParam().members);
-    Buffer expected;
-    expected.clear(GetParam().cleared);
-    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1);
-    EXPECT_TRUE(buffer == expected);
-    EXPECT_EQ(console.text_without_stamps(), std::string(kAsked) + GetParam().log);
+    const size_t cleared = GetParam().cleared;
+    EXPECT_EQ(get(-1), std::string(cleared, '\0') + before.substr(cleared));
+    EXPECT_EQ(logged(), kAsked + GetParam().log);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -143,17 +124,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 struct Unreadable : NamedRow {
     std::string reply;
-    const char *log;
+    std::string log;
 };
 
 class ProxyUnreadable : public ProxyTest, public testing::WithParamInterface<Unreadable> {};
 
 TEST_P(ProxyUnreadable, LeavesTheBufferAlone) {
     publish_reply(GetParam().reply);
-    const Buffer before;
-    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1);
-    EXPECT_TRUE(buffer == before);
-    EXPECT_EQ(console.text_without_stamps(), std::string(GetParam().log) + kFailed);
+    EXPECT_EQ(get(-1), before);
+    EXPECT_EQ(logged(), GetParam().log + kFailed);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -171,45 +150,38 @@ INSTANTIATE_TEST_SUITE_P(
     RowName());
 
 TEST_F(ProxyTest, SettingsOfAnotherKindHoldNoEnable) {
-    for (const char *settings : {"null", "[]", "5", "\"enable\"", "[true]"}) {
-        publish_reply(R"({"restful_res":{"CloudProxySettings":)" + std::string(settings) + "}}");
-        console.clear();
-        const Buffer before;
-        EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1) << settings;
-        EXPECT_TRUE(buffer == before) << settings;
-        EXPECT_EQ(console.text_without_stamps(), kAsked) << settings;
+    for (const std::string settings : {"null", "[]", "5", "\"enable\"", "[true]"}) {
+        publish_reply(R"({"restful_res":{"CloudProxySettings":)" + settings + "}}");
+        EXPECT_EQ(get(-1), before) << settings;
+        EXPECT_EQ(logged(), kAsked) << settings;
     }
 }
 
 TEST_F(ProxyTest, UnreachableServiceLeavesTheBufferAlone) {
-    stop_local_service();
-    const Buffer before;
-    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1);
-    EXPECT_TRUE(buffer == before);
-    EXPECT_EQ(console.text_without_stamps(),
-              std::string("\ncurl_http 1318 : method GET fail error 7\n\n") + kFailed);
+    local_service.reset();
+    EXPECT_EQ(get(-1), before);
+    EXPECT_EQ(logged(), "\ncurl_http 1318 : method GET fail error 7\n\n" + kFailed);
 }
 
 TEST_F(ProxyTest, ReadsTheBodyOfAnErrorStatusToo) {
-    local_service->on("*", {world::status_reply(500)});
     local_service->on(
         "GET /api/system/cloud_proxy",
-        {world::status_reply(500, R"({"restful_res":{"CloudProxySettings":{)" SERVER "}}}")});
-    EXPECT_EQ(c_cloud_proxy_get(buffer.data()), 0);
+        {status_reply(500, R"({"restful_res":{"CloudProxySettings":{)" SERVER "}}}")});
+    get(0);
     EXPECT_STREQ(buffer.data(), "10.1.1.1:80");
 }
 
 TEST_F(ProxyTest, ForgetsAndFindsTheServerAgain) {
     for (const char *members : {R"("enable":false)", R"("enable":true,"proxyServer":"none")"}) {
         publish_proxy(SERVER);
-        c_cloud_proxy_get(buffer.data());
+        get(0);
         publish_proxy(members);
-        EXPECT_EQ(c_cloud_proxy_get(buffer.data()), -1);
+        get(-1);
         EXPECT_STREQ(buffer.data(), "");
         publish_proxy(SERVER);
         console.clear();
-        EXPECT_EQ(c_cloud_proxy_get(buffer.data()), 0);
-        EXPECT_EQ(console.text_without_stamps(), kAsked + changed_to("10.1.1.1:80"));
+        get(0);
+        EXPECT_EQ(logged(), kAsked + changed_to("10.1.1.1:80"));
     }
 }
 
@@ -218,14 +190,11 @@ TEST_F(ProxyTest, CutsWhatIsLongerThanTheBuffer) {
         const std::string server(length, 's');
         const std::string cut = (server + ":3128").substr(0, 159);
         publish_proxy(R"("enable":true,"proxyServerPort":3128,"proxyServer":")" + server + "\"");
-        Buffer fresh;
-        console.clear();
-        EXPECT_EQ(c_cloud_proxy_get(fresh.data()), 0);
-        EXPECT_EQ(fresh.data(), cut) << length;
-        EXPECT_TRUE(fresh.guard_is_whole()) << length;
-        EXPECT_EQ(c_cloud_proxy_get(fresh.data()), 0);
-        EXPECT_EQ(console.text_without_stamps(), kAsked + changed_to(cut) + kAsked + kNotChanged)
-            << length;
+        buffer.set("old.host:1");
+        get(0);
+        EXPECT_EQ(buffer.data(), cut) << length;
+        get(0);
+        EXPECT_EQ(logged(), kAsked + changed_to(cut) + kAsked + kNotChanged) << length;
     }
 }
 
@@ -234,7 +203,7 @@ TEST_F(ProxyTest, WorksWithLoggingOff) {
     publish_proxy(SERVER);
     EXPECT_EQ(c_cloud_proxy_get(g_proxy_server), 0);
     EXPECT_STREQ(g_proxy_server, "10.1.1.1:80");
-    EXPECT_EQ(console.text(), "");
+    EXPECT_EQ(logged(), "");
 }
 
 }  // namespace

@@ -7,29 +7,26 @@
 #include <cstring>
 
 #include "cloud_http_fixture.h"
-#include "log/log.h"
 
 namespace {
 
-using world::Fault;
-using world::Reply;
+using testing::EndsWith;
+
+Reply text(const std::string &body) { return json_reply(body); }
 
 class UploadUrlTest : public CloudHttpTest {
   protected:
-    UploadUrlTest() { ask_at(std::string(kCloud) + "/dev/kdumps"); }
-
-    static void ask_at(const std::string &url) {
-        url.copy(KDUMPS_url, sizeof KDUMPS_url - 1);
-        KDUMPS_url[url.size()] = '\0';
+    UploadUrlTest() {
+        ask_at(std::string(kCloud) + "/dev/kdumps");
+        cloud.on("*", {text(R"({"message":"OK"})")});
     }
 
     // The log of a request up to the transfer, then `rest`.
     static std::string log_with(const std::string &rest) {
-        return "curl_slist_append(): Content-Type: application/json\n" + std::string(kNoProxyLog) +
-               rest;
+        return "curl_slist_append(): Content-Type: application/json\n" + kNoProxyLog + rest;
     }
 
-    world::ScriptedServer cloud{plain_cloud()};
+    ScriptedServer cloud{plain()};
 };
 
 struct Answer : NamedRow {
@@ -37,12 +34,6 @@ struct Answer : NamedRow {
     int result;
     std::string log;
 };
-
-Reply text(const std::string &body) { return world::json_reply(body); }
-
-std::string reply_line(const std::string &printed) {
-    return "reply from TFA : " + printed + "\n\n";
-}
 
 class UploadUrlAnswer : public UploadUrlTest, public testing::WithParamInterface<Answer> {};
 
@@ -53,7 +44,7 @@ TEST_P(UploadUrlAnswer, LeavesTheUrlAsItWas) {
     EXPECT_EQ(api_TFA_post_data("{}"), GetParam().result);
     EXPECT_EQ(g_upload_url, old);
     EXPECT_STREQ(old, "old");
-    EXPECT_EQ(console.text_without_stamps(), log_with(GetParam().log));
+    EXPECT_EQ(logged(), log_with(GetParam().log));
     EXPECT_EQ(cloud.requests().size(), 1u);
 }
 
@@ -71,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(
     RowName());
 
 Answer http_error(const char *name, int status) {
-    return {name, world::status_reply(status, R"({"message":"OK","upload_url":"u"})"), status,
+    return {name, status_reply(status, R"({"message":"OK","upload_url":"u"})"), status,
             "TFA http error : " + std::to_string(status) + "\n"};
 }
 
@@ -82,65 +73,62 @@ INSTANTIATE_TEST_SUITE_P(Status, UploadUrlAnswer,
                                          http_error("ServerError", 500)),
                          RowName());
 
+// A body, and how the log prints it; nothing when it is no document.
+Answer body(const char *name, const std::string &body, int result,
+            const std::string &printed = "") {
+    return {name, text(body), result,
+            printed.empty() ? "" : "reply from TFA : " + printed + "\n\n"};
+}
+
+std::string nested_objects() {
+    std::string nested;
+    for (int i = 0; i < 100000; ++i) {
+        nested += "{\"a\":";
+    }
+    return nested;
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Body, UploadUrlAnswer,
-    testing::Values(Answer{"Empty", text(""), -1, "secret from TFA error\n\n"},
-                    Answer{"NotJson", text("<html>"), -1, ""}, Answer{"Blank", text(" \n"), -1, ""},
-                    Answer{"JsonCutShort", text(R"({"message":"OK")"), -1, ""},
-                    Answer{"DeeplyNested", text(std::string(100000, '[')), -1, ""},
-                    Answer{"DeeplyNestedObjects", text([] {
-                               std::string nested;
-                               for (int i = 0; i < 100000; ++i)
-                                   nested += "{\"a\":";
-                               return nested;
-                           }()),
-                           -1, ""},
-                    Answer{"NulAtTheStart", text(std::string("\0{\"message\":\"OK\"}", 17)), -1,
-                           ""},
-                    Answer{"NulInTheText", text(std::string("{\"message\":\"O\0K\"}", 17)), -1, ""},
-                    Answer{"NoMessage", text(R"({"upload_url":"u"})"), -1,
-                           reply_line("{\n\t\"upload_url\":\t\"u\"\n}")},
-                    Answer{"EmptyObject", text("{}"), -1, reply_line("{\n}")},
-                    Answer{"MessageAsNumber", text(R"({"message":1})"), -1,
-                           reply_line("{\n\t\"message\":\t1\n}")},
-                    Answer{"MessageNull", text(R"({"message":null})"), -1,
-                           reply_line("{\n\t\"message\":\tnull\n}")},
-                    Answer{"MessageAsObject", text(R"({"message":{"message":"OK"}})"), -1,
-                           reply_line("{\n\t\"message\":\t{\n\t\t\"message\":\t\"OK\"\n\t}\n}")},
-                    Answer{"JustAnArray", text(R"([{"message":"OK"}])"), -1,
-                           reply_line("[{\n\t\t\"message\":\t\"OK\"\n\t}]")},
-                    Answer{"JustText", text(R"("OK")"), -1, reply_line("\"OK\"")},
-                    Answer{"JustANumber", text("200"), -1, reply_line("200")},
-                    Answer{"OkInOtherCase", text(R"({"message":"ok","upload_url":"u"})"), 0,
-                           reply_line("{\n\t\"message\":\t\"ok\",\n\t\"upload_url\":\t\"u\"\n}")},
-                    Answer{"OkWithABlank", text(R"({"message":"OK ","upload_url":"u"})"), 0,
-                           reply_line("{\n\t\"message\":\t\"OK \",\n\t\"upload_url\":\t\"u\"\n}")},
-                    Answer{"MessageEmpty", text(R"({"message":"","upload_url":"u"})"), 0,
-                           reply_line("{\n\t\"message\":\t\"\",\n\t\"upload_url\":\t\"u\"\n}")},
-                    Answer{"OkWithoutUrl", text(R"({"message":"OK"})"), 0,
-                           reply_line("{\n\t\"message\":\t\"OK\"\n}")},
-                    Answer{"OkWithUrlAsNumber", text(R"({"message":"OK","upload_url":7})"), 0,
-                           reply_line("{\n\t\"message\":\t\"OK\",\n\t\"upload_url\":\t7\n}")},
-                    Answer{"OkWithUrlNull", text(R"({"message":"OK","upload_url":null})"), 0,
-                           reply_line("{\n\t\"message\":\t\"OK\",\n\t\"upload_url\":\tnull\n}")}),
+    testing::Values(
+        Answer{"Empty", text(""), -1, "secret from TFA error\n\n"}, body("NotJson", "<html>", -1),
+        body("Blank", " \n", -1), body("JsonCutShort", R"({"message":"OK")", -1),
+        body("DeeplyNested", std::string(100000, '['), -1),
+        body("DeeplyNestedObjects", nested_objects(), -1),
+        body("NulAtTheStart", std::string("\0{\"message\":\"OK\"}", 17), -1),
+        body("NulInTheText", std::string("{\"message\":\"O\0K\"}", 17), -1),
+        body("NoMessage", R"({"upload_url":"u"})", -1, "{\n\t\"upload_url\":\t\"u\"\n}"),
+        body("EmptyObject", "{}", -1, "{\n}"),
+        body("MessageAsNumber", R"({"message":1})", -1, "{\n\t\"message\":\t1\n}"),
+        body("MessageNull", R"({"message":null})", -1, "{\n\t\"message\":\tnull\n}"),
+        body("MessageAsObject", R"({"message":{"message":"OK"}})", -1,
+             "{\n\t\"message\":\t{\n\t\t\"message\":\t\"OK\"\n\t}\n}"),
+        body("JustAnArray", R"([{"message":"OK"}])", -1, "[{\n\t\t\"message\":\t\"OK\"\n\t}]"),
+        body("JustText", R"("OK")", -1, "\"OK\""), body("JustANumber", "200", -1, "200"),
+        body("OkInOtherCase", R"({"message":"ok","upload_url":"u"})", 0,
+             "{\n\t\"message\":\t\"ok\",\n\t\"upload_url\":\t\"u\"\n}"),
+        body("OkWithABlank", R"({"message":"OK ","upload_url":"u"})", 0,
+             "{\n\t\"message\":\t\"OK \",\n\t\"upload_url\":\t\"u\"\n}"),
+        body("MessageEmpty", R"({"message":"","upload_url":"u"})", 0,
+             "{\n\t\"message\":\t\"\",\n\t\"upload_url\":\t\"u\"\n}"),
+        body("OkWithoutUrl", R"({"message":"OK"})", 0, "{\n\t\"message\":\t\"OK\"\n}"),
+        body("OkWithUrlAsNumber", R"({"message":"OK","upload_url":7})", 0,
+             "{\n\t\"message\":\t\"OK\",\n\t\"upload_url\":\t7\n}"),
+        body("OkWithUrlNull", R"({"message":"OK","upload_url":null})", 0,
+             "{\n\t\"message\":\t\"OK\",\n\t\"upload_url\":\tnull\n}")),
     RowName());
 
 TEST_F(UploadUrlTest, PostsTheBodyAsItIs) {
-    cloud.on("*", {text(R"({"message":"OK"})")});
     const std::string body = R"({"filename": "a %s \" b.txt"})";
     EXPECT_EQ(api_TFA_post_data(body.c_str()), 0);
-    const auto requests = cloud.requests();
-    ASSERT_EQ(requests.size(), 1u);
-    EXPECT_EQ(requests[0].method, "POST");
-    EXPECT_EQ(requests[0].target, "/dev/kdumps");
-    EXPECT_EQ(requests[0].body, body);
-    EXPECT_EQ(count_of_headers(requests[0], "content-type"), 1);
-    EXPECT_EQ(requests[0].header("Content-Type"), "application/json");
+    EXPECT_EQ(cloud.asked(), std::vector<std::string>{"POST /dev/kdumps " + body});
+    const auto request = cloud.requests().at(0);
+    EXPECT_EQ(count_of_headers(request, "content-type"), 1);
+    EXPECT_EQ(request.header("Content-Type"), "application/json");
     EXPECT_EQ(g_upload_url, nullptr);
 }
 
 TEST_F(UploadUrlTest, ANullBodyIsEmptyAndNotStandardInput) {
-    cloud.on("*", {text(R"({"message":"OK"})")});
     world::write_file("/tmp/input", "typed");
     const Redirected input(0, "/tmp/input", O_RDONLY);
     EXPECT_EQ(api_TFA_post_data(nullptr), 0);
@@ -148,35 +136,22 @@ TEST_F(UploadUrlTest, ANullBodyIsEmptyAndNotStandardInput) {
     EXPECT_EQ(cloud.requests().at(0).header("Content-Length"), "0");
 }
 
-TEST_F(UploadUrlTest, KeepsACopyOfTheUrl) {
-    cloud.on("*", {text(R"({"message":"OK","upload_url":"https://s.test/a?b=%20c"})")});
+TEST_F(UploadUrlTest, ReplacesTheUrlByACopyWithoutReleasingTheOldOne) {
+    cloud.on("*", {text(R"({"message":"OK","upload_url":"https://s.test/a?b=%20c"})"),
+                   text(R"({"message":"OK","upload_url":""})")});
     EXPECT_EQ(api_TFA_post_data("{}"), 0);
-    EXPECT_STREQ(g_upload_url, "https://s.test/a?b=%20c");
-    EXPECT_EQ(console.text_without_stamps(),
-              log_with("reply from TFA : {\n\t\"message\":\t\"OK\",\n\t\"upload_url\":\t"
-                       "\"https://s.test/a?b=%20c\"\n}\n\n"
-                       "api_TFA_post_data 340 url_size 23 \n\n"
-                       "api_TFA_post_data 343 upload to url : https://s.test/a?b=%20c\n"
-                       "length 23\n"));
-}
-
-TEST_F(UploadUrlTest, KeepsAnEmptyUrlToo) {
-    cloud.on("*", {text(R"({"message":"OK","upload_url":""})")});
-    EXPECT_EQ(api_TFA_post_data("{}"), 0);
-    EXPECT_STREQ(g_upload_url, "");
-    EXPECT_THAT(console.text_without_stamps(),
-                testing::EndsWith("api_TFA_post_data 340 url_size 0 \n\n"
-                                  "api_TFA_post_data 343 upload to url : \nlength 0\n"));
-}
-
-TEST_F(UploadUrlTest, ReplacesTheUrlWithoutReleasingTheOldOne) {
-    cloud.on("*", {text(R"({"message":"OK","upload_url":"first"})"),
-                   text(R"({"message":"OK","upload_url":"second"})")});
-    api_TFA_post_data("{}");
     char *const first = g_upload_url;
-    api_TFA_post_data("{}");
-    EXPECT_STREQ(g_upload_url, "second");
-    EXPECT_STREQ(first, "first");
+    EXPECT_STREQ(first, "https://s.test/a?b=%20c");
+    EXPECT_EQ(logged(), log_with("reply from TFA : {\n\t\"message\":\t\"OK\",\n\t\"upload_url\":\t"
+                                 "\"https://s.test/a?b=%20c\"\n}\n\n"
+                                 "api_TFA_post_data 340 url_size 23 \n\n"
+                                 "api_TFA_post_data 343 upload to url : https://s.test/a?b=%20c\n"
+                                 "length 23\n"));
+    EXPECT_EQ(api_TFA_post_data("{}"), 0);
+    EXPECT_STREQ(g_upload_url, "") << "an empty one too";
+    EXPECT_THAT(logged(), EndsWith("api_TFA_post_data 340 url_size 0 \n\n"
+                                   "api_TFA_post_data 343 upload to url : \nlength 0\n"));
+    EXPECT_STREQ(first, "https://s.test/a?b=%20c");
     std::free(first);
 }
 
@@ -202,38 +177,34 @@ TEST_F(UploadUrlTest, TakesAReplyAndAUrlOfManyBytes) {
     EXPECT_EQ(api_TFA_post_data("{}"), 0);
     ASSERT_NE(g_upload_url, nullptr);
     EXPECT_EQ(g_upload_url, url);
-    const std::string log = console.text();
+    const std::string log = logged();
     EXPECT_NE(log.find(padding), std::string::npos);
-    EXPECT_THAT(log, testing::EndsWith("upload to url : " + url + "\nlength 100015\n"));
+    EXPECT_THAT(log, EndsWith("upload to url : " + url + "\nlength 100015\n"));
 }
 
 TEST_F(UploadUrlTest, JudgesTheStatusAtTheEndOfRedirects) {
     cloud.on("/dev/kdumps", {world::redirect_reply("/two")});
     cloud.on("/two", {world::redirect_reply(std::string(kCloud) + "/three", 307)});
-    cloud.on("/three", {text(R"({"message":"OK","upload_url":"u"})"), world::status_reply(403)});
+    cloud.on("/three", {text(R"({"message":"OK","upload_url":"u"})"), status_reply(403)});
     EXPECT_EQ(api_TFA_post_data("{}"), 0);
     EXPECT_STREQ(g_upload_url, "u");
     EXPECT_EQ(api_TFA_post_data("{}"), 403);
     EXPECT_EQ(cloud.requests().size(), 6u);
 }
 
-TEST_F(UploadUrlTest, FailsWithTheCodeOfARefusedConnection) {
+TEST_F(UploadUrlTest, FailsWithTheCodeOfARefusedConnectionOrOfNoUrl) {
     ask_at(kNobody);
     EXPECT_EQ(api_TFA_post_data("{}"), CURLE_COULDNT_CONNECT);
-    EXPECT_EQ(console.text_without_stamps(), log_with("TFA curl error : 7\n"));
-}
-
-TEST_F(UploadUrlTest, FailsWithoutAUrl) {
+    EXPECT_EQ(logged(), log_with("TFA curl error : 7\n"));
     ask_at("");
     EXPECT_EQ(api_TFA_post_data("{}"), CURLE_URL_MALFORMAT);
-    EXPECT_EQ(console.text_without_stamps(), log_with("TFA curl error : 3\n"));
+    EXPECT_EQ(logged(), log_with("TFA curl error : 3\n"));
 }
 
 TEST_F(UploadUrlTest, GoesAheadWithoutTheLocalService) {
-    stop_local_service();
-    cloud.on("*", {text(R"({"message":"OK"})")});
+    local_service.reset();
     EXPECT_EQ(api_TFA_post_data("{}"), 0);
-    EXPECT_THAT(console.text_without_stamps(),
+    EXPECT_THAT(logged(),
                 testing::StartsWith("curl_slist_append(): Content-Type: application/json\n"
                                     "\ncurl_http 1318 : method GET fail error 7\n\n"
                                     "\n\nc_cloud_proxy_get 23\n\n\n"
@@ -241,7 +212,6 @@ TEST_F(UploadUrlTest, GoesAheadWithoutTheLocalService) {
 }
 
 TEST_F(UploadUrlTest, WritesNothingToStandardError) {
-    cloud.on("*", {text(R"({"message":"OK"})")});
     {
         const Redirected errors(2, "/tmp/errors", O_WRONLY | O_CREAT);
         api_TFA_post_data("{}");
@@ -253,9 +223,8 @@ TEST_F(UploadUrlTest, WritesNothingToStandardError) {
 const bool g_all_empty = KDUMPS_url[0] == '\0' && g_upload_url == nullptr && g_detect_dns == 0 &&
                          g_curl_dns_server[0] == '\0';
 
-TEST(UploadUrlData, IsEmptyAtStart) { EXPECT_TRUE(g_all_empty); }
-
-TEST(UploadUrlData, HasItsSizes) {
+TEST(UploadUrlData, IsEmptyAtStartAndHasItsSizes) {
+    EXPECT_TRUE(g_all_empty);
     EXPECT_EQ(sizeof KDUMPS_url, 1024u);
     EXPECT_EQ(sizeof g_curl_dns_server, 64u);
 }

@@ -11,14 +11,7 @@
 class DeviceTest : public LoggedTest {
   protected:
     // Every request that the local service has got: "METHOD target", then " body" if it has one.
-    std::vector<std::string> asked() {
-        std::vector<std::string> all;
-        for (const world::Request &request : local->requests()) {
-            all.push_back(request.method + " " + request.target +
-                          (request.body.empty() ? "" : " " + request.body));
-        }
-        return all;
-    }
+    std::vector<std::string> asked() { return local->asked(); }
 
     // Its system status holds these members.
     void set_status(const std::string &members) {
