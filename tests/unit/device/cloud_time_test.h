@@ -1,7 +1,7 @@
 // Scripted servers for the tests of the cloud's time.
 #pragma once
 
-#include <algorithm>
+#include <regex>
 
 #include "device/cloud_time.h"
 #include "device_test.h"
@@ -9,42 +9,32 @@
 class CloudTimeTest : public DeviceTest {
   protected:
     static constexpr const char *kHost = "time.test";
-    static constexpr const char *kReadable =
-        R"({"restful_res":{"timeConfs":{"sntpTimeZone":"CST-8"}}})";
-    static constexpr const char *kSettings = "/api/system/settings/time";
 
     CloudTimeTest() {
         world::add_host(kHost);
-        local->on("GET /api/system/settings/time", {world::json_reply(kReadable)});
-        local->on("PATCH /api/system/settings/time", {world::status_reply(200)});
+        set_zone(R"({"sntpTimeZone":"CST-8"})");
+        local->on("PATCH /api/system/settings/time", {status_reply(200)});
     }
 
     static std::string time_reply(const std::string &time) { return R"({"time":")" + time + "\"}"; }
 
     // The log with each run of transfer statistics as one line.
     std::string logged() {
-        const std::string lines = LoggedTest::logged();
-        std::string result;
-        bool in_statistics = false;
-        for (size_t at = 0, end = 0; at < lines.size(); at = end) {
-            end = std::min(lines.find('\n', at), lines.size() - 1) + 1;
-            const bool statistics = lines.compare(at, 9, "CURLINFO_") == 0;
-            if (!statistics) {
-                result += lines.substr(at, end - at);
-            } else if (!in_statistics) {
-                result += "<statistics>\n";
-            }
-            in_statistics = statistics;
-        }
-        return result;
+        return std::regex_replace(LoggedTest::logged(), std::regex("(CURLINFO_.*\n)+"),
+                                  "<statistics>\n");
+    }
+
+    void set_zone(const std::string &settings) {
+        publish("system/settings/time", R"({"timeConfs":)" + settings + "}");
     }
 
     // The bodies that arrived as the new time.
     std::vector<std::string> times_set() {
+        const std::string start = "PATCH /api/system/settings/time ";
         std::vector<std::string> bodies;
-        for (const world::Request &request : local->requests()) {
-            if (request.method == "PATCH" && request.target == kSettings) {
-                bodies.push_back(request.body);
+        for (const std::string &line : asked()) {
+            if (line.compare(0, start.size(), start) == 0) {
+                bodies.push_back(line.substr(start.size()));
             }
         }
         return bodies;

@@ -4,12 +4,13 @@
 
 #include "deployment.h"
 #include "device_test.h"
+#include "testing/guarded.h"
 
 namespace {
 
 constexpr const char *kSiteFile = "/mnt/data/iss_config/current_config/tillet_site";
 constexpr const char *kEntry = "api_tillet_host_get 799 \n";
-constexpr const char *kOnTheWay =
+const std::string kOnTheWay =
     "api_tillet_host_get 799 \napi_tillet_host_get 811 \napi_tillet_host_get 822 \n";
 constexpr const char *kExit = "api_tillet_host_get 829 \n";
 
@@ -31,6 +32,7 @@ std::string url_at(const std::string &label_and_site) {
 
 TEST_F(DeviceApi, RegionsChooseTheHost) {
     EXPECT_EQ(url(0), url_at("tillet.production"));
+    EXPECT_EQ(logged(), kOnTheWay);
     EXPECT_EQ(url(1), url_at("tillet-jp.production"));
     EXPECT_EQ(asked(), std::vector<std::string>(2, "GET /api/system/status"));
 }
@@ -41,11 +43,6 @@ TEST_F(DeviceApi, UnknownRegionEndsAfterTheEntryLine) {
         EXPECT_EQ(logged(), kEntry) << region;
     }
     EXPECT_TRUE(asked().empty());
-}
-
-TEST_F(DeviceApi, SuccessLeavesThreeTraceLines) {
-    url();
-    EXPECT_EQ(logged(), kOnTheWay);
 }
 
 TEST_F(DeviceApi, WorksTheSameWithoutALog) {
@@ -77,60 +74,44 @@ TEST_F(DeviceApi, SiteIsTheFilesFirstWord) {
     }
 }
 
-TEST_F(DeviceApi, UrlIsCutAt255AndNothingBeyondIsWritten) {
-    const std::string base = url_at("tillet.production");
-    const size_t room = 255 - (base.size() - std::strlen("SN42"));
-    for (const size_t length : {room - 1, room, room + 1, room + 2000}) {
-        const std::string serial(length, '7');
-        set_status(R"("serialNo":")" + serial + "\"");
-        char out[512];
-        std::memset(out, '#', sizeof out);
-        ASSERT_EQ(api_tillet_host_get(out, 0), 0);
-        const std::string whole = base.substr(0, base.size() - std::strlen("SN42")) + serial;
-        const std::string expected = whole.substr(0, 255);
-        EXPECT_EQ(std::string(out, sizeof out),
-                  expected + std::string(sizeof out - expected.size(), '#'))
-            << length;
-    }
-}
-
-TEST_F(DeviceApi, CopyHasNoTerminator) {
-    char out[256];
-    std::memset(out, '#', sizeof out);
-    ASSERT_EQ(api_tillet_host_get(out, 0), 0);
-    const std::string expected = url_at("tillet.production");
-    EXPECT_EQ(std::string(out, sizeof out), expected + std::string(256 - expected.size(), '#'));
-}
-
-class DeviceApiFailure : public DeviceApi {
+class DeviceApiBuffer : public DeviceApi {
   protected:
-    void expect_failure(const char *what, const std::string &lines) {
-        char out[256];
-        std::memset(out, '#', sizeof out);
-        EXPECT_EQ(api_tillet_host_get(out, 0), -1) << what;
-        EXPECT_EQ(std::string(out, sizeof out), std::string(256, '#')) << what;
-        EXPECT_EQ(logged(), kOnTheWay + lines) << what;
+    // A call with that result leaves this at the buffer's beginning, and writes nothing more.
+    void expect_written(int result, const std::string &text) {
+        Guarded<255> out;
+        EXPECT_EQ(api_tillet_host_get(out.data(), 0), result);
+        EXPECT_EQ(out.first(text.size()), text);
+        EXPECT_TRUE(out.untouched_from(text.size())) << "no terminator is added";
     }
 };
 
-TEST_F(DeviceApiFailure, UnusableStatusIsLoggedAndLeavesOutUntouched) {
-    for (const UnusableReply &row : unusable_replies(824)) {
-        local->on("*", {row.reply});
-        local->on("GET /api/system/status", {row.reply});
-        expect_failure(row.what, row.logged + kExit);
+TEST_F(DeviceApiBuffer, TakesNoMoreThan255Characters) {
+    expect_written(0, url_at("tillet.production"));
+    const std::string base = url_at("tillet.production");
+    const std::string start = base.substr(0, base.size() - std::strlen("SN42"));
+    const size_t room = 255 - start.size();
+    for (const size_t length : {room - 1, room, room + 1, room + 2000}) {
+        const std::string serial(length, '7');
+        set_status(R"("serialNo":")" + serial + "\"");
+        expect_written(0, (start + serial).substr(0, 255));
     }
-    local.reset();
-    expect_failure("down", std::string("\ncurl_http 1318 : method GET fail error 7\n\n") + kExit);
 }
 
-TEST_F(DeviceApiFailure, MissingSerialNumberIsSilent) {
+TEST_F(DeviceApiBuffer, IsUntouchedWithoutAUsableStatus) {
+    for_each_unusable_reply("system/status", 824, [&](const std::string &lines) {
+        expect_written(-1, "");
+        EXPECT_EQ(logged(), kOnTheWay + lines + kExit);
+    });
+}
+
+TEST_F(DeviceApiBuffer, IsUntouchedWithoutASerialNumber) {
     for (const char *members :
          {"", R"("serialNo":42)", R"("serialNo":null)", R"("serialNo":{"a":"b"})"}) {
         set_status(members);
-        expect_failure(members, "");
+        expect_written(-1, "");
+        EXPECT_EQ(logged(), kOnTheWay) << members;
     }
+    EXPECT_EQ(api_tillet_host_get(nullptr, 0), -1) << "a null buffer";
 }
-
-TEST_F(DeviceApiFailure, NullOutIsRefused) { EXPECT_EQ(api_tillet_host_get(nullptr, 0), -1); }
 
 }  // namespace

@@ -1,13 +1,10 @@
 // The upload program: alive, stalled, gone, or somebody else by now.
-#include <csignal>
 #include <filesystem>
 
 #include "covering_mount.h"
 #include "firmware_watch_test.h"
 
 namespace {
-
-using State = UploadProgram::State;
 
 std::string line(const std::string &before, int pid, const std::string &after) {
     return before + std::to_string(pid) + after;
@@ -57,7 +54,7 @@ TEST_F(FirmwareProcess, IsUploadingUnlessItStallsOnPlainHttp) {
 }
 
 TEST_F(FirmwareProcess, StalledOnPlainHttpIsKilled) {
-    for (const State state : {State::sleeping, State::stopped}) {
+    for (const State state : {State::sleeping, State::stopped, State::ended}) {
         UploadProgram program("data.cgi", state);
         const int pid = program.pid();
         EXPECT_EQ(watch(marker_of(pid, "[port: 80] ")), 0u);
@@ -66,13 +63,6 @@ TEST_F(FirmwareProcess, StalledOnPlainHttpIsKilled) {
         EXPECT_EQ(left(), "");
         EXPECT_EQ(logged(), "UPLOAD CGI Protocol HTTP\n\n" + found(pid) + stalled(pid, "sucess"));
     }
-}
-
-TEST_F(FirmwareProcess, EndedButNotCollectedCountsAsStalled) {
-    const UploadProgram program("data.cgi", State::ended);
-    EXPECT_EQ(watch(marker_of(program.pid(), "[port: 80] ")), 0u);
-    EXPECT_EQ(sent_signals, signal_nine(program.pid()));
-    EXPECT_EQ(left(), "");
 }
 
 TEST_F(FirmwareProcess, FailedKillIsStillAnUpload) {
@@ -116,10 +106,13 @@ TEST_F(FirmwareProcess, NameIsFoundAnywhereInItsLine) {
     }
 }
 
-// A stand-in for /proc/<id> of a live process.
+// The test's own files in place of /proc/<id> of a live process.
 class FirmwareProcFolder : public FirmwareProcess {
   protected:
-    FirmwareProcFolder() { std::filesystem::create_directories(kFolder); }
+    FirmwareProcFolder() {
+        std::filesystem::remove_all(kFolder);
+        std::filesystem::create_directories(kFolder);
+    }
 
     uint32_t watch_covered(const std::string &tags = "") {
         const CoveringMount cover(kFolder, "/proc/" + std::to_string(program.pid()));
@@ -131,21 +124,18 @@ class FirmwareProcFolder : public FirmwareProcess {
     UploadProgram program;
 };
 
-TEST_F(FirmwareProcFolder, WithoutStatusLosesBothFiles) {
-    std::filesystem::remove(kStatus);
-    EXPECT_EQ(watch_covered(), 0u);
-    EXPECT_EQ(left(), "");
+TEST_F(FirmwareProcFolder, WithoutReadableStatusLosesBothFiles) {
     const int pid = program.pid();
-    EXPECT_EQ(logged(), found(pid) + line("/proc/", pid, "/status not exist\n\n"));
-}
-
-TEST_F(FirmwareProcFolder, WithUnopenableStatusLosesBothFiles) {
-    std::filesystem::remove(kStatus);
-    make_unopenable_file(kStatus);
-    EXPECT_EQ(watch_covered(), 0u);
-    EXPECT_EQ(left(), "");
-    const int pid = program.pid();
-    EXPECT_EQ(logged(), found(pid) + line("/proc/", pid, "/status open fail\n\n"));
+    for (const bool exists : {false, true}) {
+        if (exists) {
+            make_unopenable_file(kStatus);
+        }
+        EXPECT_EQ(watch_covered(), 0u);
+        EXPECT_EQ(left(), "");
+        EXPECT_EQ(logged(),
+                  found(pid) + line("/proc/", pid,
+                                    exists ? "/status open fail\n\n" : "/status not exist\n\n"));
+    }
 }
 
 TEST_F(FirmwareProcFolder, StatusIsReadToItsEndInPiecesOf255) {
@@ -168,7 +158,6 @@ TEST_F(FirmwareProcFolder, StatusIsReadToItsEndInPiecesOf255) {
         {"state split by the buffer", name + std::string(252, 'x') + "State: D\n", 1, kBoth},
     };
     for (const auto &row : rows) {
-        std::filesystem::remove(kStatus);
         world::write_file(kStatus, row.status);
         EXPECT_EQ(watch_covered("[port: 80]"), row.result) << row.what;
         EXPECT_EQ(left(), row.left) << row.what;
@@ -179,7 +168,6 @@ TEST_F(FirmwareProcFolder, StatusIsReadToItsEndInPiecesOf255) {
 TEST_F(FirmwareProcFolder, AnyStateLineThatIsNotRunningStalls) {
     for (const char *states : {"State:\tD (disk sleep)\n", "State:\tR (Running)\n", "State:\n",
                                "State:\tR (running)\nState:\tX\n", "xState:\n"}) {
-        std::filesystem::remove(kStatus);
         world::write_file(kStatus, "Name:\tdata.cgi\n" + std::string(states));
         refuses_signals = true;
         EXPECT_EQ(watch_covered("[port: 80]"), 1u) << states;
