@@ -32,7 +32,7 @@ class InHandler {
 // One call, by way of the handlers of the function.
 template <auto *Function, class Real, class... Arguments>
 auto pass(const Real &real, Arguments... arguments) {
-    if (!g_in_handler) {
+    if (!g_in_handler && calls::handled<Function>) {
         const InHandler in_handler;
         if (calls::seen<Function>()) {
             calls::seen<Function>()(arguments...);

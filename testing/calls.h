@@ -34,20 +34,31 @@ struct Handlers {
     using Seen = std::function<void(Arguments...)>;
     using Given = std::conditional_t<std::is_void_v<Result>, bool, std::optional<Result>>;
     using Answer = std::function<Given(Arguments...)>;
+    Seen seen;
+    Answer answer;
 };
 template <class Result, class... Arguments>
 Handlers<Result, Arguments...> handlers_of(Result (*function)(Arguments...));
 
+// A thread's first use of handlers allocates, a call without any does not.
+template <auto *Function>
+inline thread_local bool handled = false;
+
+template <auto *Function>
+auto &handlers() {
+    handled<Function> = true;
+    thread_local decltype(handlers_of(Function)) of_thread;
+    return of_thread;
+}
+
 template <auto *Function>
 auto &seen() {
-    thread_local typename decltype(handlers_of(Function))::Seen handler;
-    return handler;
+    return handlers<Function>().seen;
 }
 
 template <auto *Function>
 auto &answer() {
-    thread_local typename decltype(handlers_of(Function))::Answer handler;
-    return handler;
+    return handlers<Function>().answer;
 }
 
 }  // namespace calls

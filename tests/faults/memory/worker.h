@@ -4,7 +4,7 @@
 #include <cstddef>
 
 constexpr std::size_t kMostAllocations = 1 << 15;
-constexpr unsigned kPatienceSeconds = 60;
+constexpr unsigned kPatienceSeconds = 20;
 constexpr int kEndlessWait = 3;  // exit status
 
 inline constexpr const char *kErrors = "/run/world/torture/errors";  // a worker's standard error
