@@ -7,6 +7,7 @@
 
 #include "base/fixed_text.h"
 #include "cloud_http/curl_http.h"
+#include "deployment.h"
 #include "log/log.h"
 
 namespace cloudagent {
@@ -24,8 +25,12 @@ void Request::use_client_certificate() noexcept {
     set_text(CURLOPT_SSLCERT, "CRT");
     set_text(CURLOPT_SSLKEY, "KEY");
     set_long(CURLOPT_USE_SSL, CURLUSESSL_ALL);
-    set_long(CURLOPT_SSL_VERIFYPEER, 0);
-    set_long(CURLOPT_SSL_VERIFYHOST, 0);
+    constexpr bool kVerifies = CLOUD_VERIFY_CLOUD != 0;
+    set_long(CURLOPT_SSL_VERIFYPEER, kVerifies ? 1 : 0);
+    set_long(CURLOPT_SSL_VERIFYHOST, kVerifies ? 2 : 0);
+    if (kVerifies) {
+        set_text(CURLOPT_CAPATH, kAuthorities);
+    }
 }
 
 void Request::set_content_type(const char *type) noexcept {

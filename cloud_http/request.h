@@ -10,6 +10,9 @@ namespace cloudagent {
 // The only HTTP status that counts as success.
 constexpr long kHttpOk = 200;
 
+// Whom a verified server's certificate must lead to: a folder with hashed names.
+constexpr const char *kAuthorities = "/etc/ssl/certs/";
+
 // Owns the transfer's handle, its header list and its reply. The options of a request to the cloud
 // are set in the order of the methods here.
 class Request {
@@ -26,7 +29,8 @@ class Request {
     void set_text(CURLoption option, const char *value) noexcept { set(option, value); }
     void set_pointer(CURLoption option, void *value) noexcept { set(option, value); }
 
-    // Client certificate CRT and key KEY of the working directory; the server is not verified.
+    // Client certificate CRT and key KEY of the working directory. The server is verified only if the
+    // build says so: CLOUD_VERIFY_CLOUD.
     void use_client_certificate() noexcept;
 
     // The request's only header of its own; logged.

@@ -24,7 +24,7 @@ bool ask_cloud(Request &request, bool over_tls) noexcept {
     if (over_tls) {
         request.set_long(CURLOPT_USE_SSL, CURLUSESSL_ALL);
         request.set_long(CURLOPT_SSL_VERIFYPEER, 1);
-        request.set_text(CURLOPT_CAPATH, "/etc/ssl/certs/");
+        request.set_text(CURLOPT_CAPATH, kAuthorities);
     }
     request.collect_reply();
     request.set_long(CURLOPT_TIMEOUT, 20);

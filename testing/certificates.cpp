@@ -18,6 +18,7 @@ using Bio = std::unique_ptr<BIO, FreeWith<BIO_free_all>>;
 using Extension = std::unique_ptr<X509_EXTENSION, FreeWith<X509_EXTENSION_free>>;
 
 constexpr long kDay = 24L * 60 * 60;
+constexpr long kMonth = 30 * kDay;
 
 void demand(bool good, const char *what) {
     if (!good)
@@ -56,7 +57,7 @@ Identity start_identity(const std::string &common_name, const Identity *issuer) 
     X509_set_version(certificate, X509_VERSION_3);
     ASN1_INTEGER_set_int64(X509_get_serialNumber(certificate), serial & INT64_MAX);
     X509_gmtime_adj(X509_getm_notBefore(certificate), -kDay);
-    X509_gmtime_adj(X509_getm_notAfter(certificate), 30 * kDay);
+    X509_gmtime_adj(X509_getm_notAfter(certificate), kMonth);
     X509_set_pubkey(certificate, made.key.get());
     set_name(certificate, common_name);
     X509_set_issuer_name(certificate,
@@ -98,13 +99,34 @@ CertificateAuthority::CertificateAuthority(const std::string &common_name)
     : self_(make_authority(common_name)) {}
 
 Identity CertificateAuthority::issue_server(const std::vector<std::string> &hosts) const {
-    Identity made = start_identity(hosts.empty() ? "localhost" : hosts.front(), &self_);
+    return issue(hosts, false, -kDay, kMonth);
+}
+
+Identity CertificateAuthority::issue_flawed_server(Fault::Kind flaw,
+                                                   const std::string &host) const {
+    if (flaw == Fault::Kind::other_authority)
+        return CertificateAuthority("stranger").issue_server({host});
+    if (flaw == Fault::Kind::other_host)
+        return issue_server({"other.example.com"});
+    return issue({host}, flaw == Fault::Kind::self_signed,
+                 flaw == Fault::Kind::not_yet_valid ? kDay : -kDay,
+                 flaw == Fault::Kind::expired ? -1 : kMonth);
+}
+
+Identity CertificateAuthority::issue(const std::vector<std::string> &hosts, bool self_signed,
+                                     long from, long to) const {
+    Identity made =
+        start_identity(hosts.empty() ? "localhost" : hosts.front(), self_signed ? nullptr : &self_);
+    const Identity &issuer = self_signed ? made : self_;
+    X509_gmtime_adj(X509_getm_notBefore(made.certificate.get()), from);
+    X509_gmtime_adj(X509_getm_notAfter(made.certificate.get()), to);
     std::string names = "IP:127.0.0.1";
     for (const std::string &host : hosts)
         names += ",DNS:" + host;
-    add_extension(made.certificate.get(), self_.certificate.get(), NID_subject_alt_name, names);
-    add_extension(made.certificate.get(), self_.certificate.get(), NID_ext_key_usage, "serverAuth");
-    sign(made, self_);
+    add_extension(made.certificate.get(), issuer.certificate.get(), NID_subject_alt_name, names);
+    add_extension(made.certificate.get(), issuer.certificate.get(), NID_ext_key_usage,
+                  "serverAuth");
+    sign(made, issuer);
     return made;
 }
 

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/http_message.h"
+
 namespace world {
 
 template <auto Free>
@@ -36,6 +38,9 @@ class CertificateAuthority {
 
     // A server identity valid for these host names (and for 127.0.0.1).
     Identity issue_server(const std::vector<std::string> &hosts) const;
+    // One for that host which a client must not trust: other_authority, self_signed, expired,
+    // not_yet_valid or other_host.
+    Identity issue_flawed_server(Fault::Kind flaw, const std::string &host) const;
     // A client identity under that common name.
     Identity issue_client(const std::string &common_name) const;
 
@@ -49,6 +54,10 @@ class CertificateAuthority {
     const Identity &identity() const { return self_; }
 
   private:
+    // Valid from and to so many seconds from now.
+    Identity issue(const std::vector<std::string> &hosts, bool self_signed, long from,
+                   long to) const;
+
     Identity self_;
 };
 

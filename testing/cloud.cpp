@@ -107,11 +107,18 @@ Admission Cloud::admit(const std::string &server_name) {
         return Admission::welcome;  // plain HTTP, or a TLS client that names no host
     const std::string url = "https://" + server_name;
     if (server_name == kTimeHost)
-        return drops_connection("time", url) ? Admission::cut : Admission::welcome;
+        return fault_of_connection("time", url) == Fault::Kind::drop_at_accept ? Admission::cut
+                                                                               : Admission::welcome;
     const std::string endpoint = holds(settings_.tfa_hosts, server_name) ? "tfa" : "store";
     if (is_out(endpoint, url))
         return Admission::cut;
-    return drops_connection(endpoint, url) ? Admission::cut : Admission::welcome_with_certificate;
+    const Fault::Kind fault = fault_of_connection(endpoint, url);
+    if (fault == Fault::Kind::drop_at_accept)
+        return Admission::cut;
+    Admission admission = Admission::welcome_with_certificate;
+    if (fault != Fault::Kind::none)
+        admission.shown = authority().issue_flawed_server(fault, server_name);
+    return admission;
 }
 
 bool Cloud::is_out(const std::string &part, const std::string &url) {

@@ -31,7 +31,12 @@ struct Request {
 struct Fault {
     enum class Kind {
         none,
-        drop_at_accept,      // closed before a byte is read
+        drop_at_accept,   // closed before a byte is read
+        other_authority,  // the certificate shown: of an authority that the device does not know,
+        self_signed,      // its own authority,
+        expired,          // no longer valid,
+        not_yet_valid,    // valid tomorrow,
+        other_host,       // or for another host name
         drop_after_headers,  // closed when the request's headers are in
         drop_after_bytes,    // closed after `amount` bytes of the request's body
         never_answer,        // reads everything, answers nothing until the client gives up

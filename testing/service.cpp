@@ -14,6 +14,11 @@ struct FaultName {
 
 constexpr FaultName kFaultNames[] = {
     {Fault::Kind::drop_at_accept, "drop-at-accept"},
+    {Fault::Kind::other_authority, "other-authority"},
+    {Fault::Kind::self_signed, "self-signed"},
+    {Fault::Kind::expired, "expired"},
+    {Fault::Kind::not_yet_valid, "not-yet-valid"},
+    {Fault::Kind::other_host, "other-host"},
     {Fault::Kind::drop_after_headers, "drop-after-headers"},
     {Fault::Kind::drop_after_bytes, "drop-after-bytes"},
     {Fault::Kind::never_answer, "never-answer"},
@@ -75,17 +80,19 @@ bool Service::has_script(const std::string &endpoint) {
 }
 
 Admission Service::admit(const std::string &) {
-    return drops_connection("*", origin_of({})) ? Admission::cut : Admission::welcome;
+    const bool drops = fault_of_connection("*", origin_of({})) == Fault::Kind::drop_at_accept;
+    return drops ? Admission::cut : Admission::welcome;
 }
 
-bool Service::drops_connection(const std::string &endpoint, const std::string &url) {
+Fault::Kind Service::fault_of_connection(const std::string &endpoint, const std::string &url) {
     const std::lock_guard<std::mutex> lock(guard_);
     const auto planned = next_of(endpoint);
-    if (!planned || planned->fault.kind != Fault::Kind::drop_at_accept)
-        return false;
+    if (!planned || planned->fault.kind > Fault::Kind::other_host ||
+        planned->fault.kind == Fault::Kind::none)
+        return Fault::Kind::none;
     ++used_[endpoint];
     note_connection(part_of(endpoint), url, describe(planned->fault));
-    return true;
+    return planned->fault.kind;
 }
 
 void Service::note_connection(const std::string &part, const std::string &url,

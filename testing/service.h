@@ -59,8 +59,8 @@ class Service : public HttpHandler {
     // Records a connection that brought no request.
     void note_connection(const std::string &part, const std::string &url,
                          const std::string &mishap);
-    // True when the script of `endpoint` wants this connection dropped; takes that entry.
-    bool drops_connection(const std::string &endpoint, const std::string &url);
+    // What the script of `endpoint` wants for a new connection; takes that entry.
+    Fault::Kind fault_of_connection(const std::string &endpoint, const std::string &url);
 
     const std::string name_;
     ExchangeRecord &record_;

@@ -58,18 +58,22 @@ int Stream::on_client_hello(SSL *session, int *, void *) {
     SSL_client_hello_get0_ext(session, TLSEXT_TYPE_server_name, &data, &size);
     self->server_name_ = name_in_extension(data, size);
     const Admission admission = (*self->admit_)(self->server_name_);
-    if (admission == Admission::welcome_with_certificate)
+    self->fails_on_purpose_ = admission.kind == Admission::cut || admission.shown;
+    if (admission.shown) {
+        SSL_use_certificate(session, admission.shown->certificate.get());
+        SSL_use_PrivateKey(session, admission.shown->key.get());
+    }
+    if (admission.kind == Admission::welcome_with_certificate)
         SSL_set_verify(session, SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
-    if (admission != Admission::cut)
+    if (admission.kind != Admission::cut)
         return SSL_CLIENT_HELLO_SUCCESS;
-    self->cut_on_purpose_ = true;
     self->cut();  // before the library can send its alert
     return SSL_CLIENT_HELLO_ERROR;
 }
 
 bool Stream::handshake(const std::function<Admission(const std::string &)> &admit) {
     if (!session_)
-        return admit("") != Admission::cut;
+        return admit("").kind != Admission::cut;
     admit_ = &admit;
     ERR_clear_error();
     const int result = SSL_accept(session_.get());
@@ -77,7 +81,7 @@ bool Stream::handshake(const std::function<Admission(const std::string &)> &admi
         return true;
     const unsigned long reason = ERR_get_error();
     const char *text = reason == 0 ? nullptr : ERR_reason_error_string(reason);
-    if (!cut_on_purpose_ && text != nullptr)
+    if (!fails_on_purpose_ && text != nullptr)
         failure_ = text;
     return false;
 }

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,10 +13,15 @@
 
 namespace world {
 
-enum class Admission {
-    cut,                       // closed before the first byte of a reply
-    welcome,                   // as the server's context says
-    welcome_with_certificate,  // the TLS handshake fails unless the client shows one
+struct Admission {
+    enum Kind {
+        cut,                       // closed before the first byte of a reply
+        welcome,                   // as the server's context says
+        welcome_with_certificate,  // the TLS handshake fails unless the client shows one
+    };
+    Kind kind;
+    std::optional<Identity> shown = std::nullopt;  // in place of the server's own
+    Admission(Kind kind_) : kind(kind_) {}         // NOLINT(google-explicit-constructor)
 };
 
 class Stream {
@@ -55,7 +61,7 @@ class Stream {
     std::unique_ptr<SSL, FreeWith<SSL_free>> session_;
     std::string server_name_;
     std::string failure_;
-    bool cut_on_purpose_ = false;
+    bool fails_on_purpose_ = false;
     const std::function<Admission(const std::string &)> *admit_ = nullptr;
 };
 

@@ -71,11 +71,13 @@ std::string enter_world(const std::string &kdump, std::vector<std::string> folde
     return path.empty() ? inside(kdump) : shell_line({inside(path)});
 }
 
-RunSetup enter_for_runs(const CommonOptions &common, const std::string &folder) {
+RunSetup enter_for_runs(const CommonOptions &common, const Scenario &scenario,
+                        const std::string &folder) {
+    const std::string own = inside(scenario.verifying ? VERIFYING_KDUMP : KDUMP_PROGRAM);
     RunSetup setup;
     setup.machine = machine_folder(common);
     setup.memory_mb = common.memory_mb;
-    setup.kdump = enter_world(common.kdump, {folder, setup.machine});
+    setup.kdump = enter_world(common.kdump.empty() ? own : common.kdump, {folder, setup.machine});
     return setup;
 }
 

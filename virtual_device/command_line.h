@@ -19,7 +19,8 @@ std::string enter_world(const std::string &kdump, std::vector<std::string> folde
 
 // Enters a world for runs of that kdump, on that machine if any, which shows `folder` too. Throws when
 // the machine is incomplete.
-RunSetup enter_for_runs(const CommonOptions &common, const std::string &folder = "");
+RunSetup enter_for_runs(const CommonOptions &common, const Scenario &scenario,
+                        const std::string &folder = "");
 
 // Words as one shell line, quoted where needed.
 std::string shell_line(const std::vector<std::string> &words);

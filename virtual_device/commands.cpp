@@ -13,7 +13,7 @@
 namespace world {
 int open_shell(const CommonOptions &common) {
     const Scenario scenario = chosen_scenario(common);
-    RunSetup setup = enter_for_runs(common);
+    RunSetup setup = enter_for_runs(common, scenario);
     Story story(stdout);
     setup.console_arrived = [&](std::string_view piece) { story.console(piece); };
     DeviceRun device(scenario, setup);
@@ -26,7 +26,7 @@ int open_shell(const CommonOptions &common) {
 
 int serve_device(const CommonOptions &common) {
     const Scenario scenario = chosen_scenario(common);
-    RunSetup setup = enter_for_runs(common);
+    RunSetup setup = enter_for_runs(common, scenario);
     sigset_t ends;
     sigemptyset(&ends);
     sigaddset(&ends, SIGINT);

@@ -11,7 +11,7 @@
 namespace world {
 
 struct CommonOptions {
-    std::string kdump = inside(KDUMP_PROGRAM);  // a path or a command line
+    std::string kdump;  // a path or a command line; empty: the one that the scenario is for
     std::string scenario;
     bool real_time = false;
     std::string machine;  // a name or a folder; empty: the device is no machine

@@ -71,7 +71,8 @@ int run_on_device(const CommonOptions &common, const RunOptions &options) {
     std::vector<std::string> command = options.command;
     if (!command.empty() && command.front().find('/') != std::string::npos)
         command.front() = fs::absolute(command.front()).lexically_normal().string();
-    RunSetup setup = enter_for_runs(common, fs::path(expected_file).parent_path().string());
+    RunSetup setup =
+        enter_for_runs(common, scenario, fs::path(expected_file).parent_path().string());
     setup.output_passes = !command.empty();
     if (!command.empty())
         scenario.run = {shell_line(command)};

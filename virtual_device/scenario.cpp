@@ -127,6 +127,7 @@ void read_device(Fields &fields, Scenario &scenario) {
     scenario.local_settings.up_time = fields.number("up_time", 86400, 0, 1L << 31);
     scenario.local_settings.create_log = fields.flag("create_log", true);
     scenario.identity = fields.flag("identity", true);
+    scenario.verifying = fields.flag("verifying", false);
     scenario.stop_after_sleeps = static_cast<int>(fields.number("stop_after_sleeps", 0, 0, 1000));
     const std::string sleep = fields.text("sleep", "recorded");
     if (sleep != "recorded" && sleep != "real")

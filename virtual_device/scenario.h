@@ -32,6 +32,7 @@ struct Scenario {
     std::set<std::string> daemons;  // "tinyproxy", "nginx", "squid", "squid-with-password"
     std::vector<ScriptedReply> proxy_replies;  // of a fake proxy; none: there is none
     std::map<std::string, std::string> dns;    // names only a DNS server on 127.0.0.1:53 knows
+    bool verifying = false;                    // for a kdump that verifies the cloud
     bool identity = true;                      // CRT and KEY lie in the working directory
     bool real_sleep = false;
     int stop_after_sleeps = 0;  // 0: never

@@ -6,9 +6,14 @@
 #include "cloud_http/curl_http.h"
 #include "cloud_http/proxy.h"
 #include "cloud_http_fixture.h"
+#include "deployment.h"
 #include "testing/call_trace.h"
 
 namespace {
+
+const std::string kServerChecks =
+    CLOUD_VERIFY_CLOUD ? "1 SSL_VERIFYPEER 1\n1 SSL_VERIFYHOST 2\n1 CAPATH \"/etc/ssl/certs/\"\n"
+                       : "1 SSL_VERIFYPEER 0\n1 SSL_VERIFYHOST 0\n";
 
 std::string trace_of(const std::function<void()> &call) {
     trace::start();
@@ -86,9 +91,8 @@ TEST_F(OptionsTest, OfAnUploadUrlRequest) {
 1 SSLCERT "CRT"
 1 SSLKEY "KEY"
 1 USE_SSL 3
-1 SSL_VERIFYPEER 0
-1 SSL_VERIFYHOST 0
-1 POSTFIELDS "{"filename": "a"}"
+)" + kServerChecks +
+                  R"(1 POSTFIELDS "{"filename": "a"}"
 1 FOLLOWLOCATION 1
 log "curl_slist_append(): Content-Type: application/json\n"
 list append "Content-Type: application/json" to null
@@ -115,9 +119,8 @@ handle 1
 1 SSLCERT "CRT"
 1 SSLKEY "KEY"
 1 USE_SSL 3
-1 SSL_VERIFYPEER 0
-1 SSL_VERIFYHOST 0
-1 FOLLOWLOCATION 1
+)" + kServerChecks +
+                  R"(1 FOLLOWLOCATION 1
 log "curl_slist_append(): Content-Type: application/octet-stream\n"
 list append "Content-Type: application/octet-stream" to null
 1 WRITEFUNCTION http_reply_write
