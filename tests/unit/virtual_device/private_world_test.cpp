@@ -30,7 +30,15 @@ TEST_F(PrivateWorld, OffersTheFoldersOfADevice) {
     EXPECT_TRUE(world::list_files("/tmp").empty());
 }
 
-TEST_F(PrivateWorld, ConsoleIsAFifo) { EXPECT_TRUE(std::filesystem::is_fifo("/dev/console")); }
+TEST_F(PrivateWorld, ConsoleTakesMoreThanAPipeHoldsAndCutsStampsOnly) {
+    EXPECT_TRUE(std::filesystem::is_fifo("/dev/console"));
+    shell("printf '[Mon Nov 16 06:57:51 2026]main\\n\\n[not a stamp] x\\n' >/dev/console");
+    shell("printf '[Sun Feb  1 06:57:51 2026]\\n' >/dev/console");
+    EXPECT_EQ(console.text_without_stamps(), "main\n\n[not a stamp] x\n\n");
+    console.clear();
+    shell("head -c 5000000 /dev/zero >/dev/console");
+    EXPECT_EQ(console.text().size(), 5000000u);
+}
 
 TEST_F(PrivateWorld, HasTheUsualDevices) {
     EXPECT_EQ(shell("head -c 4 /dev/zero | wc -c; echo lost >/dev/null; cat /dev/null"), "4\n");
