@@ -202,7 +202,7 @@ const LogReader = (() => {
                 const event = { number: line.number, time: line.time, text, entry, name: entry.name, values, keys, noise: false };
                 events.push(event);
                 continued = entry.name === "reply" || entry.name === "url" ? event : null;
-            } else if (continued) {
+            } else if (continued && (continued.name === "reply" || /^length \d+$/.test(text))) {
                 continued.text += "\n" + text;
                 continued = continued.name === "url" ? null : continued;
             } else {
@@ -317,8 +317,8 @@ const LogReader = (() => {
         return files;
     }
 
-    // A URL's query is a key to the store.
-    const mask = (text) => text.replace(/(\bhttps?:\/\/[^\s?"'<>]*\?)[^\s"'<>]+/g, "$1…").replace(/(\/\/|")[^\s/@:]*:[^\s/@]*@/g, "$1…@");
+    // A URL's query is a key to the store, and so is a piece of one; a proxy's settings hold its password.
+    const mask = (text) => text.replace(/\?[^\s"'<>]+/g, "?…").replace(/=[^\s"'<>&]{6,}/g, "=…").replace(/[^\s/"@]{0,99}:[^\s/"@]{0,99}@/g, "…@");
 
     function reasonOf(file) {
         const why = file.why || {};
