@@ -21,6 +21,12 @@ const LogReader = (() => {
         "CONFIG ALL": { source: CONFIG + "current_config", copy: "/tmp/all_config.tar.bz2" },
     };
 
+    const MARKERS = {
+        segmentrace: "segmentrace", dblock: "dblocktrace", upgradefailstate: "upgradefail_state", connfaillog: "conn_fail_log",
+        debugRamLog: "debug_info", watchdog: "watchdog", RAM: "dbg_upload", FLASH: "dbg_upload", CONFIG: "all_config",
+    };
+    const own = (object, key) => (Object.hasOwn(object, key) ? object[key] : undefined);
+
     const CURL_CODES = {
         3: "the URL is malformed", 5: "the proxy's name cannot be resolved", 6: "the host's name cannot be resolved",
         7: "the connection was refused or the host is unreachable", 18: "the reply broke off", 23: "the reply could not be kept in memory",
@@ -253,17 +259,10 @@ const LogReader = (() => {
 
     const last = (list) => list[list.length - 1];
 
-    // The first place where lines are missing, or null.
-    function gapIn(named) {
-        if (named.length === 0 || named[0].name !== "banner") {
-            return { before: named[0] };
-        }
-        for (let i = 1; i < named.length; i++) {
-            if (!FOLLOWS.get(named[i - 1].name).has(named[i].name)) {
-                return { after: named[i - 1], before: named[i] };
-            }
-        }
-        return null;
+    // The places where lines are missing or damaged.
+    function gapsIn(named) {
+        return named.map((before, index) => ({ after: named[index - 1], before }))
+            .filter(({ after, before }) => (after ? !FOLLOWS.get(after.name).has(before.name) : before.name !== "banner"));
     }
 
     const LASTING = new Set(["segmentrace", "dblock", "connfaillog", "debugRamLog", "watchdog", "RAM", "FLASH", "CONFIG"]);
@@ -274,6 +273,10 @@ const LogReader = (() => {
         return FOLLOWS.get(name).has("$") && (!LASTING.has(run.kind) || !FOLLOWS.get(name).has("end"));
     }
 
+    // Lines with which the next file begins, and lines that tell of one even when those are missing.
+    const BEGINS_FILE = new Set(["json", "attempt", "refused", "delivered", "not-found", "no-status"]);
+    const ENDS_FILE = new Set(["url", "requested", "attempt-failed", "retry", "sent", "failed-request", "failed-upload", "removed"]);
+
     // The files of the run in order, with what became of each.
     function filesOf(run, named) {
         const files = [];
@@ -281,19 +284,18 @@ const LogReader = (() => {
         const open = () => files.push((file = { key: null, outcome: null, attempts: 0, requests: 0 }));
         for (const event of named) {
             const { name, values } = event;
-            if (name === "json" && (!file || file.outcome)) {
-                open();
-            }
-            if (name === "attempt" && (!file || file.outcome)) {
+            const key = event.keys.find((each) => own(DUMPS, each) && kindOf(each) === run.kind);
+            if (file ? file.outcome && (BEGINS_FILE.has(name) || (key && file.key && key !== file.key)) : BEGINS_FILE.has(name) || ENDS_FILE.has(name)) {
                 open();
             }
             if (!file) {
                 continue;
             }
-            const keys = event.keys.filter((key) => key !== run.kind || event.keys.length === 1);
-            file.key = file.key && !keys.includes(file.key) && keys.length ? keys[0] : file.key || keys[0] || null;
+            file.key = key || file.key;
             switch (name) {
-            case "json": file.requests++; file.why = null; break;
+            case "json": file.requests++; file.why = run.gaps.length > 0 ? file.why : null; file.proxy = null; break;
+            case "octet": file.proxy = null; break;
+            case "proxy-used": file.proxy = mask(values[0]); break;
             case "curl-error": file.why = { code: Number(values[0]) }; break;
             case "http-error": file.why = { status: Number(values[0]) }; break;
             case "no-reply": file.why = { text: "the reply was empty" }; break;
@@ -323,13 +325,13 @@ const LogReader = (() => {
     function reasonOf(file) {
         const why = file.why || {};
         if (why.code !== undefined) {
-            return `libcurl code ${why.code}: ${CURL_CODES[why.code] || "see libcurl's list of errors"}`;
+            return `libcurl code ${why.code}: ${own(CURL_CODES, why.code) || "see libcurl's list of errors"}`;
         }
         return why.status !== undefined ? `the TFA service answered ${why.status}` : why.text || "the reply was no JSON";
     }
 
     function dumpOf(run, file) {
-        return DUMPS[file && file.key] || DUMPS[run.kind] || null;
+        return own(DUMPS, file.key) || own(DUMPS, run.kind) || Object.values(DUMPS).find(({ source, copy }) => file.path && (source === file.path || copy === file.path));
     }
 
     function nameOfFile(run, file) {
@@ -337,7 +339,7 @@ const LogReader = (() => {
         return dump ? dump.source.split("/").pop() : file.path || "one file";
     }
 
-    // Where the dump is now.
+    // Where the dump is now; for a run that has not ended, where it was.
     function leftOf(run, file) {
         const dump = dumpOf(run, file);
         if (!dump) {
@@ -346,56 +348,104 @@ const LogReader = (() => {
         if (file.outcome === "delivered") {
             return file.removed ? `${file.removed} is removed from the device.`
                 : dump.copy && file.key !== "CONFIG ALL" ? `${dump.source} is delivered, but no line tells that it was removed.`
-                : file.sentRemoved ? `${file.path} is removed from the device.` : `${file.path} is delivered and may still be there.`;
+                : file.sentRemoved ? `${file.path || dump.source} is removed from the device.` : `${file.path || dump.source} is delivered and may still be there.`;
         }
-        if (file.outcome === "refused" && !dump.copy && file.sentRemoved) {
-            return `${dump.source} is lost: it was removed when the transfer was complete.`;
+        if (!dump.copy && file.sentRemoved) {
+            return file.outcome ? `${dump.source} is lost: it was removed when the transfer was complete.`
+                : `${dump.source} was removed when the transfer was complete; no line tells whether the store took it.`;
         }
-        return `${dump.source} is still on the device.`;
+        const known = ["no-url", "not-found"].includes(file.outcome) || (file.outcome && dump.copy);
+        return run.gaps.length > 0 && !known ? `No line tells that ${dump.source} was removed.`
+            : `${dump.source} ${run.later ? "was" : "is"} still on the device${run.later ? " then" : ""}.`;
     }
 
-    const WAITS = {
-        "json": "asks the local service for the proxy", "octet": "asks the local service for the proxy",
-        "proxy-unread": "waits for the cloud", "proxy-read": "waits for the cloud", "proxy-none": "waits for the cloud",
-        "proxy-set": "waits for the cloud", "proxy-used": "waits for the cloud, through the proxy",
-        "curl-error": "waits ten seconds to ask again", "http-error": "waits ten seconds to ask again",
-        "no-reply": "waits ten seconds to ask again", "attempt-failed": "waits ten seconds to send again",
-        "retry": "is about to send again", "attempt": "is about to send", "requested": "runs the staging command",
-        "command": "runs the staging command", "guard": "stages the dump", "announced": "claims its marker",
+    const DOING = {
+        "json": "asking the local service for the proxy", "octet": "asking the local service for the proxy",
+        "curl-error": "waiting ten seconds to ask again", "http-error": "waiting ten seconds to ask again",
+        "no-reply": "waiting ten seconds to ask again", "attempt-failed": "waiting ten seconds to send again",
+        "retry": "about to send again", "attempt": "about to send", "requested": "running the staging command",
+        "command": "running the staging command", "guard": "staging the dump", "announced": "claiming its marker",
     };
+
+    // What an unfinished run was doing at its last line.
+    function doingOf(run) {
+        const line = last(run.named), file = last(run.files);
+        if (file && !file.outcome && file.attempts > 1) {
+            return `uploading again and again, ${file.attempts} times so far: ${file.failure}`;
+        }
+        if (/^proxy-/.test(line.name)) {
+            const answer = file.attempts > 0 ? `the store's answer to ${file.bytes.toLocaleString("en")} bytes` : "the TFA service's answer";
+            return `waiting for ${answer}${throughProxy(file)}`;
+        }
+        return own(DOING, line.name) || `"${line.text.split("\n")[0]}"`;
+    }
+
+    const throughProxy = (file) => (file.proxy ? ` through the proxy ${file.proxy}` : "");
+    const times = (count) => (count === 1 ? "once" : `${count} times`);
+
+    // A file's result as part of a sentence, behind its name where a run has several.
+    function resultOf(run, file) {
+        const text = file.outcome ? VERDICTS[file.outcome](run, file) : file.failure ? VERDICTS["upload-failed"](run, file) : "no result.";
+        return `${run.kind === "dblock" ? `${nameOfFile(run, file)}: ` : ""}${text[0].toLowerCase()}${text.slice(1, -1)}`;
+    }
+
+    function placeOf({ gaps: [{ after, before }, ...more] }) {
+        return (after ? `between lines ${after.number} and ${before.number}` : `before line ${before.number}`) +
+            (more.length > 0 ? `, and in ${more.length} more place${more.length > 1 ? "s" : ""}` : "");
+    }
 
     const VERDICTS = {
         "delivered": () => "Delivered.",
-        "partly": (run) => `Partly delivered: ${run.files.map((file) => `${nameOfFile(run, file)} ${file.outcome === "delivered" ? "was" : "was not"}`).join(", ")}.`,
+        "partly": (run) => `Partly delivered: ${run.files.map((file) => resultOf(run, file)).join("; ")}.`,
         "refused": (run, file) => `Refused by the store: status ${file.status}.`,
-        "no-url": (run, file) => `No upload URL after ${file.requests} requests: ${reasonOf(file)}.`,
-        "upload-failed": (run, file) => `The upload failed ${file.attempts === 1 ? "once" : `${file.attempts} times`}: ${file.failure}.`,
+        "no-url": (run, file) => run.gaps.length === 0 ? `No upload URL after ${file.requests} requests${throughProxy(file)}: ${reasonOf(file)}.`
+            : file.why ? `No upload URL${throughProxy(file)}: ${reasonOf(file)}.` : "No upload URL, and no line tells why.",
+        "upload-failed": (run, file) => !file.failure ? "The upload failed, and no line tells why."
+            : `The upload failed${throughProxy(file)}${run.gaps.length === 0 ? ` ${times(file.attempts)}` : `, ${times(file.attempts || 1)} or more`}: ${file.failure}.`,
         "not-delivered": () => "Not delivered; another run's lines stand between this one's, so the cause cannot be told.",
         "not-found": (run, file) => file.path.startsWith("cp ") ? "Nothing was sent: this kind copies the file to /tmp only." : `Nothing was sent: ${file.path} cannot be opened.`,
         "nothing": () => "Nothing to send: there is no dump of this kind.",
         "busy": () => "Not started: a marker of this kind exists.",
         "bad-arguments": () => "Not started: wrong arguments.",
         "unfinished": (run) => {
-            const name = last(run.named).name;
-            return run.retries > 0 && (name === "retry" || name === "attempt-failed" || run.files.length > 0 && last(run.files).attempts > 1)
-                ? `Tries again and again: ${last(run.files).failure}.`
-                : `Not finished where the log ends: the run ${WAITS[name] || `has written "${last(run.named).text.split("\n")[0]}"`}.`;
+            const line = last(run.named).number;
+            const end = run.cut ? `The log is cut in line ${run.cut}` : run.later ? `Not finished when the next run of its kind began at line ${run.later.first}` : `Not finished at its last line, ${line}`;
+            return `${end}; last step: ${doingOf(run)}.`;
         },
-        "incomplete": (run) => `Incomplete: lines are missing${run.gap && run.gap.after ? ` behind line ${run.gap.after.number}` : run.gap ? " at the start" : ""}, so nothing is certain.`,
+        "incomplete": (run) => {
+            const told = run.files.filter((file) => file.outcome || file.failure).map((file) => resultOf(run, file));
+            const where = run.mixed ? "lines of several runs are mixed" : run.gaps.length > 0 ? `lines are missing or damaged ${placeOf(run)}` : "nothing but single lines is left";
+            return `Incomplete: ${where}. ${told.length > 0 ? `The others tell: ${told.join("; ")}` : "The others tell no result"}.`;
+        },
     };
 
+    const HELPS = {
+        5: "Test the proxy", 6: "Check the device's name servers", 7: "Check the line, its firewall and the cloud", 28: "Check the line, its firewall and the cloud",
+        56: "Check the line and the cloud", 58: "Put CRT and KEY into the folder that kdump starts in", 97: "Test the proxy",
+        403: "The URL has expired or was used", 413: "The dump is too large for the store: ask its owner",
+    };
+
+    // What helps against the failure of a file; the next run sends its dump.
+    function helpOf(file) {
+        const { code, status = file.status } = file.why || {};
+        const cause = file.outcome === "refused" ? file.status : code || status;
+        return file.proxy && file.outcome !== "refused" ? "Test the proxy first" : own(HELPS, cause)
+            || (cause >= 500 ? `The ${file.outcome === "refused" ? "store" : "service"} is in trouble` : cause >= 400 ? "Ask the cloud's owner for the reason of this status; check certificate and endpoint" : file.why || file.failure ? "Mend what the reason names" : "The log does not tell what to mend");
+    }
+
+    const again = (run, file) => `${helpOf(file)}; the next run ${file.outcome === "refused" ? "asks for a new URL" : "sends the dump"}.`;
     const NEXT_STEPS = {
-        "delivered": "Nothing.", "nothing": "Nothing.",
-        "partly": "The next run sends the rest.",
-        "refused": "Ask the store's owner for the reason of this status; the next run asks for a new URL.",
-        "no-url": "Mend what the reason names; the next run sends the dump.",
-        "upload-failed": "Mend what the reason names; the next run sends the dump.",
-        "not-delivered": "Read a log of one run at a time.",
-        "not-found": "Look for a full or read-only /tmp, or fetch the copy by hand.",
-        "busy": "Look for a running kdump. If there is none, remove the marker that the line names.",
-        "bad-arguments": "Correct the caller: kdump KIND [ARG].",
-        "unfinished": "Look whether the run is still active. If it was ended, remove its marker and start it again.",
-        "incomplete": "Take the log again, whole.",
+        "delivered": () => "Nothing.", "nothing": () => "Nothing.",
+        "partly": again, "no-url": again, "upload-failed": again, "refused": again,
+        "not-delivered": () => "Read a log of one run at a time.",
+        "not-found": () => "Look for a full or read-only /tmp, or fetch the copy by hand.",
+        "busy": () => "Look for a running kdump. If there is none, remove the marker that the line names.",
+        "bad-arguments": () => "Correct the caller: kdump KIND [ARG].",
+        "unfinished": (run) => run.cut ? "Take the log again, to its end."
+            : run.later ? "See the next run for the dump. The marker was gone by then: the device restarted, or somebody removed it."
+            : `Take the log again: the run may go on. If no kdump runs, remove ${run.marker} and start it again.`,
+        "incomplete": (run, file) => !file.outcome || run.mixed ? "Look for a whole copy of the log, or log the next run."
+            : file.outcome === "delivered" ? "Look whether the store has the dump." : NEXT_STEPS[file.outcome](run, file),
     };
 
     function outcomeOf(run) {
@@ -406,7 +456,7 @@ const LogReader = (() => {
             return file && file.outcome === "delivered" && file.removed ? "delivered"
                 : names.has("failed-request") ? "no-url" : names.has("failed-upload") ? "not-delivered" : "incomplete";
         }
-        if (run.gap) {
+        if (run.gaps.length > 0) {
             return "incomplete";
         }
         if (names.has("bad-arguments") || names.has("busy")) {
@@ -423,21 +473,29 @@ const LogReader = (() => {
         return good === outcomes.length ? "delivered" : good > 0 ? "partly" : last(outcomes.filter((each) => each !== "delivered"));
     }
 
-    function judge(run) {
+    function judge(run, index, runs) {
         run.named = run.events.filter((event) => event.name);
-        run.gap = run.named.length ? gapIn(run.named) : { before: null };
+        run.gaps = gapsIn(run.named);
         run.files = filesOf(run, run.named);
+        run.marker = own(MARKERS, run.kind) ? `/tmp/kdump_process_${MARKERS[run.kind]}` : "its marker";
         run.retries = run.files.reduce((sum, file) => sum + Math.max(0, file.requests - 1) + Math.max(0, file.attempts - 1), 0);
         run.outcome = run.named.length ? outcomeOf(run) : "incomplete";
-        const decisive = run.files.filter((file) => file.outcome === run.outcome).pop() || last(run.files) || {};
+        run.later = run.outcome === "unfinished" ? nextOfFamily(run, runs.slice(index + 1)) : undefined;
+        const failed = run.files.filter((file) => file.outcome !== "delivered").pop();
+        const decisive = (run.outcome === "delivered" ? null : failed) || last(run.files) || {};
         run.verdict = VERDICTS[run.outcome](run, decisive);
-        run.left = run.files.map((file) => file.outcome && run.outcome !== "incomplete" ? leftOf(run, file) : "").filter((text) => text);
-        run.next = NEXT_STEPS[run.outcome];
+        run.left = run.files.map((file) => leftOf(run, file)).filter((text) => text);
+        run.next = NEXT_STEPS[run.outcome](run, decisive);
         run.code = decisive.why && decisive.why.code;
         run.status = decisive.status || (decisive.why && decisive.why.status);
         run.url = decisive.url && mask(decisive.url);
         run.bytes = decisive.bytes;
         return run;
+    }
+
+    // The next run with this one's marker that found no marker, so that this one had lost it.
+    function nextOfFamily(run, others) {
+        return others.find((other) => own(MARKERS, other.kind) === own(MARKERS, run.kind) && other.events.some((event) => event.name === "guard"));
     }
 
     const compiledTables = new WeakMap();
@@ -448,7 +506,11 @@ const LogReader = (() => {
             compiledTables.set(table, compile(table));
         }
         const events = recognise({ ...compiledTables.get(table), seen: new Map() }, log);
-        return { events, runs: runsOf(events).map(judge) };
+        const runs = runsOf(events), end = last(events);
+        if (runs.length > 0 && end.noise && !/\n\s*$/.test(log)) {
+            last(runs).cut = end.number;
+        }
+        return { events, runs: runs.map(judge) };
     }
 
     // One run as plain data.

@@ -107,6 +107,37 @@ test("runs that write at the same time are kept apart by the lines that name the
     }
 });
 
+// [damage or combination, verdict, where the dumps are, what to do]
+const log = (name) => scenarios.find((scenario) => scenario.name === name).log;
+const TOLD = [
+    ["the banner", log("segmentrace").replace("#kdump", "Gkdump"),
+        /^Incomplete: lines are missing or damaged before line 2\. The others tell: delivered\.$/, /segmentrace\.txt is removed/, /^Look whether the store has the dump/],
+    ["two lines", log("cloud-refuses").replace("main 900", "ma\x80n 900").replace("curl_slist", "curl_s\x90ist"),
+        /damaged between lines 1 and \d+, and in 1 more place\. The others tell: no upload URL: libcurl code 7: /, /segmentrace\.txt is still on the device/, /firewall.*; the next run sends the dump/],
+    ["the end of the first file", log("dblock-first-upload-refused").replace(/.* 1015 .*\n|.* 1048 .*\n|curl_slist.*json\n|.*_FILE 394 .*backup.*\n/g, ""),
+        /dblock\.txt: refused by the store: status \d+; dblock_backup\.txt: delivered/, /dblock\.txt is still .*dblock_backup\.txt is removed/, /the next run/],
+    ["the first dump is refused", log("dblock-first-upload-refused"),
+        /^Partly delivered: dblock\.txt: refused by the store: status 403; dblock_backup\.txt: delivered\.$/, /dblock\.txt is still .*dblock_backup\.txt is removed/, /^The URL has expired or was used; the next run asks/],
+    ["a start cut off", log("upload-fails-flag-2").replace(/[^]*?url_size/, "url_size"),
+        /before line \d+.* The others tell: the upload failed, \d times or more: /, /No line tells that .*segmentrace\.txt was removed/, /Look for a whole copy of the log/],
+    ["a cut in a line", log("segmentrace").replace(/(439|458)[^]*/, ""),
+        /^The log is cut in line \d+; last step: waiting for the store's answer to [\d,]+ bytes\.$/, /segmentrace\.txt is still on the device/, /^Take the log again, to its end/],
+    ["a cut behind a line", log("segmentrace").replace(/.* 458[^]*/, ""),
+        /^Not finished at its last line, \d+; last step: waiting for the store/, /segmentrace\.txt is still/, /remove \/tmp\/kdump_process_segmentrace /],
+    ["a cut, and the next run", log("segmentrace").replace(/.* 458[^]*/, "") + log("segmentrace"),
+        /^Not finished when the next run of its kind began at line \d+; last step: waiting for the store/, /segmentrace\.txt was still on the device/, /^See the next run/],
+    ["a proxy", log("proxy-squid-wrong-password"), /^No upload URL after 4 requests through the proxy …@\S+: libcurl code 56/, /is still/, /^Test the proxy first/],
+];
+
+test("a verdict tells what the legible lines prove, where the dump is and what helps", () => {
+    for (const [what, text, verdict, left, next] of TOLD) {
+        const run = reader.summary(reader.read(text, table).runs[0]);
+        assert.match(run.verdict, verdict, what);
+        assert.match(run.left.join(" "), left, what);
+        assert.match(run.next, next, what);
+    }
+});
+
 test("keys in URLs are masked", () => {
     for (const torn of ["/up/1/a.txt?token=5b081f07 file", "http\\[//store/a?token=5b081f07", "en=5b081f07&x=5b081f07", "evice:5b081f07@proxy"]) {
         assert.doesNotMatch(reader.mask(torn), /5b08/);
