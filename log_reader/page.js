@@ -32,9 +32,10 @@
     // From which lane to which a line speaks; a line of the device's own stays in its lane.
     function wayOf(event, proxied) {
         switch (event.name) {
-        case "proxy-read": case "proxy-unread": return [1, 0, event.name === "proxy-read" ? "proxy settings" : "no proxy settings"];
-        case "json": return [0, 1, "which proxy?"];
-        case "octet": return [0, 1, "which proxy?"];
+        case "proxy-unread": return [1, 0, "unreadable"];
+        case "proxy-none": return [1, 0, "none"];
+        case "proxy-set": return [1, 0, "this one"];
+        case "json": case "octet": return [0, 1, "which proxy?"];
         case "curl-error": return [proxied ? 2 : 3, 0, `no reply: code ${event.values[0]}`];
         case "http-error": return [3, 0, `status ${event.values[0]}`];
         case "no-reply": return [3, 0, "empty reply"];
@@ -47,7 +48,7 @@
         case "announced": return [0, 0, `kdump ${event.values[0]}`];
         case "busy": return [0, 0, "marker exists"];
         case "retry": return [0, 0, "ten seconds later"];
-        case "removed": return [0, 0, "dump removed"];
+        case "removed": return [0, 0, `${event.values[0].split("/").pop()} removed`];
         case "not-found": case "no-status": return [0, 0, "file cannot be opened"];
         case "failed-request": return [0, 0, "gives up: no URL"];
         case "marker-kept": return [0, 0, "marker stays"];
@@ -57,10 +58,13 @@
     }
 
     function sequence(run) {
-        const x = (lane) => 130 + lane * 145;
+        const narrow = innerWidth < 640; // a telephone shows all lanes, too
+        const x = (lane) => (narrow ? 70 + lane * 67 : 130 + lane * 145);
+        const gaps = new Set(run.mixed ? [] : run.gaps.map((gap) => gap.before));
         const steps = [];
         let proxied = false;
         for (const event of run.named) {
+            gaps.has(event) && steps.push({ event: { ...event, time: null }, way: null });
             proxied = event.name === "json" || event.name === "octet" ? false : proxied || event.name === "proxy-used";
             const way = wayOf(event, proxied);
             if (way && steps.length < STEPS_DRAWN) {
@@ -68,12 +72,18 @@
             }
         }
         const height = 50 + steps.length * 26;
-        const picture = draw("svg", { viewBox: `0 0 790 ${height}`, role: "img", "aria-label": `Sequence of the run: ${run.verdict}` });
+        const picture = draw("svg", { class: narrow ? "narrow" : "", viewBox: `0 0 ${narrow ? 365 : 790} ${height}`, role: "img", "aria-label": `Sequence of the run: ${run.verdict}` });
         picture.append(draw("title", {}, LogReader.mask(run.verdict)));
         LANES.forEach((name, lane) => picture.append(draw("text", { x: x(lane), y: 16, "text-anchor": "middle" }, name),
             draw("line", { class: "lane", x1: x(lane), x2: x(lane), y1: 24, y2: height })));
-        steps.forEach(({ event, way: [from, to, label] }, index) => {
+        steps.forEach(({ event, way }, index) => {
             const y = 44 + index * 26;
+            if (!way) {
+                picture.append(draw("rect", { class: "gap", x: x(0) - 8, y: y - 11, width: x(4) - x(0) + 16, height: 20 }),
+                    draw("text", { x: x(2), y: y + 4, "text-anchor": "middle" }, "lines missing or damaged"));
+                return;
+            }
+            const [from, to, label] = way;
             const broke = BROKEN.has(event.name) ? " broke" : "";
             picture.append(draw("text", { x: 4, y: y + 4 }, clock(event)));
             if (from === to) {
@@ -93,7 +103,7 @@
     }
 
     function lineOf(event) {
-        const item = make("li", { textContent: `${clock(event)} ${shown(event.text)}`.trim() });
+        const item = make("li", {}, make("span", { className: "number", textContent: event.number }), `${clock(event)} ${shown(event.text)}`.trim());
         if (event.noise) {
             item.className = "noise";
             return item;
@@ -120,11 +130,15 @@
 
     function linesOf(run) {
         const list = make("ol", { className: "lines" });
-        const box = make("div", {}, list);
+        const box = make("div", {}, make("p", { className: "time", textContent: "Point at a line or tap it to see what it means. Red: here it broke. Grey: not kdump's line, or a damaged one." }), list);
+        const gaps = new Set(run.mixed ? [] : run.gaps.map((gap) => gap.after));
+        const gap = () => make("li", { className: "gap", textContent: "lines are missing or damaged here" });
+        const itemsOf = (event) => (gaps.has(event) ? [lineOf(event), gap()] : [lineOf(event)]);
+        run.gaps.length > 0 && !run.gaps[0].after && !run.mixed && list.append(gap());
         let next = 0;
         const more = make("button", { type: "button", textContent: "More lines" });
         more.onclick = () => {
-            list.append(...run.lines.slice(next, next + LINES_AT_ONCE).map(lineOf));
+            list.append(...run.lines.slice(next, next + LINES_AT_ONCE).flatMap(itemsOf));
             next += LINES_AT_ONCE;
             more.hidden = next >= run.lines.length;
         };
@@ -148,7 +162,7 @@
             make("h2", { textContent: `${index + 1}. ${run.kind ? `kdump ${run.kind}` : "kdump"}` }),
             make("p", { className: "time", textContent: run.events[0].time ? `${run.events[0].time} to ${last.time}` : "without time stamps" }),
             make("p", { className: "verdict", textContent: shown(run.verdict) }),
-            ...run.left.map((text) => make("p", { textContent: text })),
+            ...run.left.map((text) => make("p", { textContent: shown(text) })),
             make("p", { textContent: `What to do: ${run.next}` }),
             lazy("Sequence", () => sequence(run), all <= 3),
             lazy(`Lines (${run.lines.length})`, () => linesOf(run), all === 1));

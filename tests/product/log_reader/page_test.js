@@ -89,6 +89,14 @@ test("a line is explained under the pointer and for the keyboard", async () => {
     assert.strictEqual(await run("return document.activeElement.getAttribute('aria-describedby')"), "tip");
 });
 
+test("a gap is shown in picture and lines, and lines have numbers", async () => {
+    await open();
+    await paste(logOf("segmentrace").replace(/.*_FILE 394.*\n/, ""));
+    assert.match((await verdicts())[0], /between lines 29 and 30\. The others tell: delivered\.$/);
+    assert.deepStrictEqual(await run("const gap = document.querySelector('li.gap'); return [gap.previousSibling, gap.nextSibling].map((e) => e.firstChild.textContent)"), ["29", "30"]);
+    assert.strictEqual(await run("return document.querySelectorAll('svg .gap').length"), 1);
+});
+
 test("keys in URLs are masked until they are asked for", async () => {
     await open();
     await paste(logOf("segmentrace"));
@@ -131,6 +139,7 @@ test("on a telephone nothing is wider than the screen", async () => {
     await run("document.documentElement.style.width = '360px'");
     await paste(logOf("bad-huge-replies"));
     assert.ok((await run("return document.body.scrollWidth")) <= 500);
+    assert.ok(await run("return [...document.querySelectorAll('.scroll')].every((e) => e.scrollWidth <= e.clientWidth && e.clientWidth > 0)"));
     await call("POST", `/session/${session}/window/rect`, { width: 1000, height: 900 });
 });
 
