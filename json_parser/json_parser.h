@@ -60,8 +60,9 @@ typedef struct JsonNode {
 /// JSON_KIND_NUMBER, with valueint limited to the range of an int.
 ///
 /// Returns the document, for deleteJson; null when the text is not JSON, begins with a byte-order
-/// mark, or is null. cJSON_GetErrorPtr() then points at the offending byte of the text (unchanged
-/// for a null text).
+/// mark, or is null. A backslash and "u" take four hexadecimal digits; of zeros they end the
+/// text for its readers. After a failure cJSON_GetErrorPtr() points at the offending byte of the
+/// text (unchanged for a null text).
 JsonNode *parseJsonText(const char *text) CLOUD_NOEXCEPT;
 
 /// Does the same, but reads every number as JSON_KIND_UINT64: at most one leading zero, then digits

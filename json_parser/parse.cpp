@@ -47,11 +47,22 @@ void hide_numbers(const char *text, char *copy, NumberMode mode) noexcept {
     }
 }
 
+// Spoils every "\u" without four hexadecimal digits: cJSON reads it as a zero byte.
+void spoil_bad_escapes(char *text) noexcept {
+    while ((text = std::strchr(text, '\\')) != nullptr) {
+        if (text[1] == 'u' && std::strspn(text + 2, "0123456789abcdefABCDEF") < 4) {
+            text[1] = kSpoilt;
+        }
+        text += text[1] == '\0' ? 1 : 2;
+    }
+}
+
 // The copy for cJSON. Spoils a byte-order mark, which cJSON would skip.
 CJsonText copy_for_cjson(const char *text, NumberMode mode) noexcept {
     CJsonText copy = copy_of(text);
     if (copy) {
         hide_numbers(text, copy.get(), mode);
+        spoil_bad_escapes(copy.get());
         if (std::strncmp(text, "\xEF\xBB\xBF", 3) == 0) {
             copy[0] = kSpoilt;
         }

@@ -54,13 +54,10 @@ bool request_upload_url(const char *body) noexcept {
 bool has(const DumpFile &file, FileOption option) noexcept { return (file.options & option) != 0; }
 
 // In a shared /tmp another user may have put a link, a file or a FIFO at the copy's place: cp would
-// follow it out of /tmp or write into their file. This user's own file or FIFO stays.
+// follow it out of /tmp or write into their file. What this user put there stays, links too.
 void clear_place_of_copy(const char *copy) noexcept {
     struct stat found = {};
-    if (lstat(copy, &found) != 0 || S_ISDIR(found.st_mode)) {
-        return;
-    }
-    if (S_ISLNK(found.st_mode) || found.st_uid != geteuid()) {
+    if (lstat(copy, &found) == 0 && found.st_uid != geteuid()) {
         unlink(copy);
     }
 }

@@ -161,8 +161,11 @@ uint32_t api_sorvane_list_set(char (*entries)[256], int count, const char *selec
 
 uint32_t api_server_connection_err_set(const char *text, int code) noexcept {
     if (text != nullptr) {
+        FixedText<16> bracketed;
+        bracketed.format("(%d)", code);
+        const auto room = static_cast<int>(TextBuffer::size() - 1 - bracketed.length());
         TextBuffer error;
-        error.format("%s(%d)", text, code);
+        error.format("%.*s%s", room, text, bracketed.c_str());
         write_value(STATUS "server_connection_err", "%s", error.c_str());
     }
     return kDone;

@@ -85,7 +85,8 @@ uint32_t api_quenta_server_port_set(uint32_t value) CLOUD_NOEXCEPT;  ///< Sets i
 /// entries: count slots of 256 bytes; none for null or a count of 0 or less. selected may be null.
 uint32_t api_sorvane_list_set(char (*entries)[256], int count, const char *selected) CLOUD_NOEXCEPT;
 
-/// Writes "text(code)" to STATUS/server_connection_err. Always returns 0.
+/// Writes "text(code)" to STATUS/server_connection_err, at most 255 characters: a longer text is
+/// cut, the code never. Always returns 0.
 uint32_t api_server_connection_err_set(const char *text, int code) CLOUD_NOEXCEPT;
 
 /// Service-catalogue URL, SETTINGS/ETCD_file. Default: https, the deployment's catalogue host and

@@ -2,6 +2,7 @@
 #include "shared_tmp.h"
 #include "testing/kinds.h"
 #include "testing/named_row.h"
+#include "testing/spawn.h"
 
 namespace {
 
@@ -91,15 +92,35 @@ INSTANTIATE_TEST_SUITE_P(Of, ForeignCopy, testing::ValuesIn(each_copy()), RowNam
 
 using OwnCopy = SharedTmp;
 
-// Whoever made the link.
-TEST_F(OwnCopy, NeverLiesElsewhere) {
+// Whoever has a small /tmp may put a link there.
+TEST_F(OwnCopy, LiesWhereALinkOfThisUserLeads) {
     link_to_victim("/tmp/segmentrace.txt");
     world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
     device.run("kdump segmentrace");
     const world::Outcome outcome = device.outcome();
     EXPECT_EQ(stored(outcome),
               world::seeded_files().at(world::kind_named("segmentrace").dumps[0].source));
-    EXPECT_EQ(victim(), kVictimContent);
+    EXPECT_EQ(victim(), stored(outcome));
+    EXPECT_FALSE(world::exists("/tmp/segmentrace.txt"));
+}
+
+// Nobody can write to a program that runs: "cp -f" replaces it, "cp" lets it be.
+TEST_F(OwnCopy, ReplacesWhatCannotBeWrittenWhereTheCommandForcesIt) {
+    for (const Copy &row : each_copy()) {
+        const bool forced =
+            row.name != "segmentrace" && row.name != "dblock" && row.name != "connfaillog";
+        if (row.source.empty())
+            continue;
+        world::reset();
+        std::filesystem::copy("/bin/sleep", row.copy);
+        const world::Child running = world::spawn(world::Command({row.copy, "99"}));
+        world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
+        const std::string dump = world::read_file(row.source);
+        device.run(row.command);
+        const std::string copied =
+            row.stays ? world::read_file(row.copy) : stored(device.outcome());
+        EXPECT_EQ(copied == dump, forced) << row.name;
+    }
 }
 
 TEST_F(OwnCopy, OfAnEarlierRunIsReplaced) {

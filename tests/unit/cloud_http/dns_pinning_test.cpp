@@ -1,10 +1,13 @@
 // Which name server options an upload-URL request gets, and when the resolver is set up anew.
 #include <curl/curl.h>
+#include <resolv.h>
 
 #include <cstring>
 
 #include "cloud_http_fixture.h"
 #include "testing/call_trace.h"
+#include "testing/calls.h"
+#include "testing/spawn.h"
 
 namespace {
 
@@ -105,6 +108,22 @@ TEST_F(DnsPinningTest, SetsTheResolverUpAnewAfterAnUnknownHost) {
                                             "resolver init\n" +
                                             kUnresolved));
     }
+}
+
+TEST_F(DnsPinningTest, LeavesTheResolverAloneOnceItFailed) {
+    ask_at("http://nowhere.test/");
+    g_detect_dns = 0;
+    const int renewals = world::run_apart([] {
+        int count = 0;
+        calls::answer<__res_init>() = [&] {
+            ++count;
+            return -1;
+        };
+        for (int attempt = 0; attempt < 3; ++attempt)
+            api_TFA_post_data("{}");
+        return count;
+    });
+    EXPECT_EQ(renewals, 1);
 }
 
 TEST_F(DnsPinningTest, LeavesTheResolverAloneWhenPinnedAndAfterOtherFailures) {

@@ -170,6 +170,7 @@ TEST_F(Memory, ReportsInOtherShapes) {
         {"buffers before cached", "Cached: 1 Buffers: 2\n", {}, "0 0 2"},
         {"largest", "MemTotal: 4294967295 kB\n", {}, "4294967295 0 0"},
         {"sum wraps", "Cached: 4294967295 kB\n", {0, 0, 2}, "0 0 1"},
+        {"decimal", "MemTotal: 010 kB\nCached: 0x10 kB\n", {}, "10 0 0"},
         {"letter case", "memtotal: 1\nCACHED: 1\n", {}, "0 0 0"},
     };
     for (const auto &row : rows) {

@@ -112,6 +112,16 @@ TEST(Memory, LeavesTheItemToTheCallerWhenItsNameCannotBeCopied) {
     EXPECT_EQ(item->prev, nullptr);
 }
 
+TEST(Memory, FreesTheOldNameOfANodeThatIsAddedAgain) {
+    const MemoryWatch watch;
+    const OwnedJson object(createJsonObject());
+    JsonNode *const node = createJsonArray();
+    addJsonItemToObject(object.get(), "old", node);
+    object->child = nullptr;
+    addJsonItemToObject(object.get(), "new", node);
+    EXPECT_EQ(memory_live(), 3u);  // two nodes and a name
+}
+
 TEST(Memory, PrintsOrReturnsNull) {
     const OwnedJson document = parsed(R"({"a":[1,2.5,"x"],"b":")" + std::string(1000, 'y') + "\"}");
     for (char *(*print)(const JsonNode *) noexcept : {printJson, printJsonUnformatted}) {

@@ -1,4 +1,9 @@
 // Where a parse that fails says so, and the texts that are refused.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstring>
+
 #include "json_test.h"
 
 namespace {
@@ -40,6 +45,13 @@ TEST(Parse, PointsAtTheOffendingByte) {
         {R"({"\q":1})", 2},
         {R"(["ab\ud83d"])", 4},
         {R"(["ab\udc00"])", 4},
+        {R"({"upload_url":"h\u_4tps://x"})", 16},
+        {R"(["\u 123"])", 2},
+        {R"(["\u+123"])", 2},
+        {R"(["\u00g0"])", 2},
+        {R"(["\\\u12"])", 4},
+        {R"({"a\u12":34})", 3},
+        {R"(["\ud83d\uDE0x"])", 2},
         {R"(["abc])", 2},
         {R"({"abc)", 2},
         {R"(["a\)", 2},
@@ -88,6 +100,24 @@ TEST(Parse, EndsAtTheFirstNulByte) {
     EXPECT_EQ(error_offset(std::string("[1,\0 2]", 7)), 3);
     EXPECT_EQ(error_offset(std::string("[\"a\0b\"]", 7)), 2);
     EXPECT_EQ(plain(parsed(std::string("[1]\0]", 5))), "[1]");
+}
+
+// Behind the text lies memory that cannot be read.
+TEST(Parse, NeverReadsBehindTheText) {
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void *const pages =
+        mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    char *const end = static_cast<char *>(pages) + page;
+    ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
+    for (const std::string text :
+         {"", " ", "\"", "\"\\", "\"\\u12", "[-", "1.", "1e+", "{\"a\":"}) {
+        char *const at = end - text.size() - 1;
+        std::strcpy(at, text.c_str());
+        deleteJson(parseJsonText(at));
+        deleteJson(parseJsonTextLongLongUint(at));
+    }
+    munmap(pages, 2 * page);
 }
 
 TEST(Parse, NullTextIsNoDocument) {

@@ -1,6 +1,7 @@
 // A recursive parser that shares nothing with the layer: what a text holds, or where it fails.
 #pragma once
 
+#include <cctype>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -68,7 +69,7 @@ class PlainParser {
         } else if (byte == '"') {
             std::string text;
             passed = string(text);
-            result_ += "'" + text + "'";
+            result_ += "'" + std::string(text.c_str()) + "'";
         } else if (byte == '-' || (byte >= '0' && byte <= '9')) {
             passed = uint64_ ? unsigned_number() : number();
         } else if (byte == '[' || byte == '{') {
@@ -112,7 +113,7 @@ class PlainParser {
             if (text_[at_] != '"' || !string(name)) {
                 return false;
             }
-            result_ += "<" + name + ">";
+            result_ += "<" + std::string(name.c_str()) + ">";
             skip();
             if (text_[at_] != ':') {
                 return false;
@@ -138,11 +139,48 @@ class PlainParser {
             } else if (std::strchr("bfnrt\"\\/", text_[at_ + 1])) {
                 out += unescaped(text_[at_ + 1]);
                 at_ += 2;
-            } else {
+            } else if (!code_point(out)) {
                 return false;
             }
         }
         ++at_;
+        return true;
+    }
+
+    // The number behind "\u" there; -1 without four hexadecimal digits.
+    long code_unit(std::ptrdiff_t at) const {
+        if (text_[at] != '\\' || text_[at + 1] != 'u') {
+            return -1;
+        }
+        for (int i = 2; i < 6; ++i) {
+            if (std::isxdigit(static_cast<unsigned char>(text_[at + i])) == 0) {
+                return -1;
+            }
+        }
+        return std::strtol(std::string(text_ + at + 2, 4).c_str(), nullptr, 16);
+    }
+
+    // One escape, or the two of a surrogate pair, as UTF-8. A zero ends the text for its readers.
+    bool code_point(std::string &out) {
+        long code = code_unit(at_);
+        if (code < 0 || (code >= 0xDC00 && code <= 0xDFFF)) {
+            return false;
+        }
+        const bool pair = code >= 0xD800 && code < 0xDC00;
+        if (pair) {
+            const long low = code_unit(at_ + 6);
+            if (low < 0xDC00 || low > 0xDFFF) {
+                return false;
+            }
+            code = 0x10000 + (code - 0xD800) * 0x400 + (low - 0xDC00);
+        }
+        at_ += pair ? 12 : 6;
+        const int tail = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+        constexpr int kLead[] = {0, 0xC0, 0xE0, 0xF0};
+        out += static_cast<char>(kLead[tail] | code >> (6 * tail));
+        for (int i = tail - 1; i >= 0; --i) {
+            out += static_cast<char>(0x80 | ((code >> (6 * i)) & 0x3F));
+        }
         return true;
     }
 

@@ -56,8 +56,9 @@ class RandomText {
     std::string pick(const Pieces &pieces) { return pieces[below(pieces.size())]; }
     std::string blank() { return below(4) == 0 ? pick({" ", "\n\t", "\r \x01"}) : ""; }
 
-    static inline const Pieces kStrings = {R"("a")",  R"("")",     R"("-1.5")",    R"("\"]")",
-                                           R"("\\")", R"("k\n7")", "\"\xc3\xa9\"", R"("/\/{[")"};
+    static inline const Pieces kStrings = {
+        R"("a")",    R"("")",        R"("-1.5")",  R"("\"]")",          R"("\\")",
+        R"("k\n7")", "\"\xc3\xa9\"", R"("/\/{[")", R"("\u0041\u00e9")", R"("\uD83D\ude00")"};
     static inline const Pieces kScalars = {"0",
                                            "1",
                                            "-5",
@@ -80,10 +81,10 @@ class RandomText {
                                            "4294967295",
                                            "18446744073709551617"};
     static inline const Pieces kPieces = {
-        "{",       "}",   "[",      "]",   ",",   ":",   "\"a\"", "\"\\n\"", "\"\\q\"",
-        "1",       "0",   "-",      "-5",  "1.5", "007", "1e5",   "1.",      "e",
-        ".",       "+",   "true",   "nul", " ",   "\t",  "\x7f",  "\"",      "\\",
-        "{\"k\":", "[1,", "\"b\":", "]}",  "x",   "E3",  "\xEF",  "-.5",     "00"};
+        "{",    "}",   "[",  "]",    ",",    ":",   "\"a\"", "\"\\n\"",     "\"\\q\"", "1",
+        "0",    "-",   "-5", "1.5",  "007",  "1e5", "1.",    "e",           ".",       "+",
+        "true", "nul", " ",  "\t",   "\x7f", "\"",  "\\",    "{\"k\":",     "[1,",     "\"b\":",
+        "]}",   "x",   "E3", "\xEF", "-.5",  "00",  "\\u",   "\"\\u1234\"", "\\uD834", "\\udd1e"};
 
     std::mt19937 random_;
 };

@@ -20,7 +20,7 @@ TEST(Read, FindsKeysWithoutRegardToCase) {
 }
 
 TEST(Read, FoldsAsciiLettersOnly) {
-    const OwnedJson document = parsed("{\"a[`{@\":1,\"\xC3\x89\":2,\"k1_\":3,\"\":4}");
+    const OwnedJson document = parsed("{\"a[`{@\":1,\"\xC3\x89\":2,\"k1_\":3,\"\":4,\"aZ\":5}");
     EXPECT_EQ(getJsonIntValue(member(document, "A[`{@")), 1);
     for (const char *key : {"a{`{@", "a[@{@", "a[`[@", "a[`{`", "\xC3\xA9", "\xE3\x89", "k1\x7f"}) {
         EXPECT_EQ(member(document, key), nullptr) << key;
@@ -28,6 +28,7 @@ TEST(Read, FoldsAsciiLettersOnly) {
     EXPECT_EQ(getJsonIntValue(member(document, "\xC3\x89")), 2);
     EXPECT_EQ(getJsonIntValue(member(document, "K1_")), 3);
     EXPECT_EQ(getJsonIntValue(member(document, "")), 4);
+    EXPECT_EQ(getJsonIntValue(member(document, "Az")), 5);
 }
 
 TEST(Read, TakesTheFirstMemberThatMatches) {

@@ -111,7 +111,8 @@ TEST_F(TurnClaim, DescriptorZeroCountsAsNotOpened) {
         close(STDIN_FILENO);
         g_turn_held = 1;
         const int claim = api_get_cloudwtpflag();
-        return claim == -1 && g_turn_held == 1 && lock_calls.empty() ? 0 : 1;
+        const bool stays_open = fcntl(STDIN_FILENO, F_GETFD) >= 0;
+        return claim == -1 && g_turn_held == 1 && lock_calls.empty() && stays_open ? 0 : 1;
     });
     EXPECT_EQ(result, 0);
     EXPECT_EQ(logged(), "api_get_cloudwtpflag fd == NULL\n\n");

@@ -73,7 +73,10 @@ TEST_F(TurnRelease, DescriptorZeroCountsAsNotOpened) {
     hold("cloud");
     const int result = world::run_apart([this] {
         close(STDIN_FILENO);
-        return api_release_cloudwtpflag() == -1 && g_turn_held == 1 && lock_calls.empty() ? 0 : 1;
+        return api_release_cloudwtpflag() == -1 && g_turn_held == 1 && lock_calls.empty() &&
+                       fcntl(STDIN_FILENO, F_GETFD) >= 0
+                   ? 0
+                   : 1;
     });
     EXPECT_EQ(result, 0);
     EXPECT_EQ(held(), "cloud");

@@ -1,4 +1,5 @@
 // The two state files that hold more than one plain value.
+#include <climits>
 #include <cstring>
 #include <vector>
 
@@ -96,13 +97,13 @@ TEST_F(ServerConnectionError, FailureIsNotReported) {
     EXPECT_FALSE(state_folders_exist());
 }
 
-TEST_F(ServerConnectionError, IsCutAt255Characters) {
-    EXPECT_EQ(api_server_connection_err_set(std::string(252, 'h').c_str(), 7), 0u);
-    EXPECT_EQ(world::read_file(kError), std::string(252, 'h') + "(7)");
-    EXPECT_EQ(api_server_connection_err_set(std::string(253, 'h').c_str(), 7), 0u);
-    EXPECT_EQ(world::read_file(kError), std::string(253, 'h') + "(7");
-    EXPECT_EQ(api_server_connection_err_set(std::string(10000, 'h').c_str(), 7), 0u);
-    EXPECT_EQ(world::read_file(kError), std::string(255, 'h'));
+TEST_F(ServerConnectionError, CutsTheTextAndNeverTheCode) {
+    for (const size_t length : {252u, 253u, 10000u}) {
+        EXPECT_EQ(api_server_connection_err_set(std::string(length, 'h').c_str(), 7), 0u);
+        EXPECT_EQ(world::read_file(kError), std::string(252, 'h') + "(7)");
+        EXPECT_EQ(api_server_connection_err_set(std::string(length, 'h').c_str(), INT_MIN), 0u);
+        EXPECT_EQ(world::read_file(kError), std::string(242, 'h') + "(-2147483648)");
+    }
 }
 
 TEST_F(ServerConnectionError, NullTextLeavesTheFileAlone) {

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <thread>
 
 #include "finished.h"
@@ -103,6 +105,27 @@ TEST_F(VirtualDevice, TheShellKnowsTheProgram) {
     const Finished typed = virtual_device("shell </tmp/typed");
     EXPECT_NE(typed.output.find("main 1491"), std::string::npos) << typed.output;
     EXPECT_NE(typed.output.find("/run/device"), std::string::npos) << typed.output;
+}
+
+TEST_F(VirtualDevice, TheKernelSeesOneWriteForEachLine) {
+    const Finished run = virtual_device(
+        "run -- strace -qq -f -s 9999 -e trace=openat,write -e write=none -o /dev/stdout kdump "
+        "RAM");
+    std::istringstream calls(run.output);
+    int consoles = 0;
+    int traced = 0;
+    for (std::string call; std::getline(calls, call);) {
+        if (call.find("/dev/console") != std::string::npos) {
+            EXPECT_THAT(call, testing::HasSubstr(", O_WRONLY|O_NOCTTY|O_CLOEXEC) ="));
+            ++consoles;
+        }
+        if (call.find(" write(2, ") != std::string::npos) {
+            EXPECT_THAT(call, testing::HasSubstr("\\n\", "));
+            ++traced;
+        }
+    }
+    EXPECT_GT(consoles, 10) << run.output;
+    EXPECT_GT(traced, 10) << run.output;
 }
 
 TEST_F(VirtualDevice, TwoDoNotSeeEachOther) {
