@@ -14,6 +14,10 @@ inline std::string as_hex(const std::string &bytes) {
     return text;
 }
 
+inline std::string as_hex(const unsigned char *bytes, std::size_t count) {
+    return as_hex({reinterpret_cast<const char *>(bytes), count});
+}
+
 inline const unsigned char *bytes_of(const std::string &text) {
     return reinterpret_cast<const unsigned char *>(text.data());
 }

@@ -1,12 +1,15 @@
-#include <gtest/gtest.h>
+// HMAC over SHA-256 and SHA-224, and the signer of texts.
+#include <gmock/gmock.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
+#include <algorithm>
 #include <random>
-#include <string>
+#include <vector>
 
 #include "digest_text.h"
 #include "state/digest.h"
+#include "testing/calls.h"
 #include "testing/guarded.h"
 
 namespace {
@@ -99,26 +102,6 @@ TEST(Hmac, GivesThePublishedDigests) {
     }
 }
 
-TEST(Hmac, TakesKeysAroundTheBlockSize) {
-    for (const size_t length : {0u, 1u, 63u, 64u, 65u, 131u, 5000u}) {
-        const std::string key(length, 'k');
-        for (const int sha224 : {kSha256, kSha224}) {
-            EXPECT_EQ(hmac_of(key, "message", sha224), openssl_hmac(key, "message", sha224))
-                << length;
-        }
-    }
-}
-
-TEST(Hmac, KeyBeyondTheBlockIsItsHash) {
-    for (const int sha224 : {kSha256, kSha224}) {
-        const std::string key(65, 'k');
-        EXPECT_EQ(hmac_of(key, "m", sha224), hmac_of(hash_of(key, sha224), "m", sha224));
-        EXPECT_NE(hmac_of(key.substr(1), "m", sha224),
-                  hmac_of(hash_of(key.substr(1), sha224), "m", sha224))
-            << "64 bytes are used as they are";
-    }
-}
-
 TEST(Hmac, NegativeKeyLengthHashesNoBytes) {
     const std::string key = "never read";
     for (const int sha224 : {kSha256, kSha224}) {
@@ -144,16 +127,20 @@ TEST(Hmac, TakesTheMessageInPieces) {
     EXPECT_EQ(hmac_sha256_update(&context, "", 0), 1);
     EXPECT_EQ(hmac_sha256_update(&context, "want for nothing?", 17), 1);
     hmac_sha256_final(&context, digest);
-    EXPECT_EQ(as_hex({reinterpret_cast<char *>(digest), 32}), kPublished[1].sha256);
+    EXPECT_EQ(as_hex(digest, 32), kPublished[1].sha256);
 }
 
-TEST(Hmac, EqualsOpensslOnRandomInputs) {
+TEST(Hmac, EqualsOpensslOnRandomInputsAndKeysAroundTheBlockSize) {
+    for (const size_t length : {0u, 1u, 63u, 64u, 65u, 131u, 5000u}) {
+        const std::string key(length, 'k');
+        for (const int sha224 : {kSha256, kSha224}) {
+            EXPECT_EQ(hmac_of(key, "message", sha224), openssl_hmac(key, "message", sha224));
+        }
+    }
     std::mt19937 random(4231);
     const auto random_text = [&](uint32_t most) {
         std::string text(random() % (most + 1), '\0');
-        for (char &byte : text) {
-            byte = static_cast<char>(random());
-        }
+        std::generate(text.begin(), text.end(), [&] { return static_cast<char>(random()); });
         return text;
     };
     for (int i = 0; i < 10000; ++i) {
@@ -173,18 +160,14 @@ std::string pad_for(const std::string &key, unsigned char filler) {
 }
 
 TEST(Hmac, LeavesItsPadsInView) {
-    const std::string keys[] = {"", "k", std::string(64, 'k')};
+    const std::string keys[] = {"", "k", std::string(64, 'k'), std::string(65, 'k')};
     for (const std::string &key : keys) {
-        hmac_of(key, "m", kSha256);
-        EXPECT_EQ(as_hex({reinterpret_cast<char *>(hmac_ipad), 64}), as_hex(pad_for(key, 0x36)));
-        EXPECT_EQ(as_hex({reinterpret_cast<char *>(hmac_opad), 64}), as_hex(pad_for(key, 0x5C)));
-    }
-    const std::string long_key(65, 'k');
-    for (const int sha224 : {kSha256, kSha224}) {
-        hmac_of(long_key, "m", sha224);
-        const std::string hashed = hash_of(long_key, sha224);
-        EXPECT_EQ(as_hex({reinterpret_cast<char *>(hmac_ipad), 64}), as_hex(pad_for(hashed, 0x36)));
-        EXPECT_EQ(as_hex({reinterpret_cast<char *>(hmac_opad), 64}), as_hex(pad_for(hashed, 0x5C)));
+        for (const int sha224 : {kSha256, kSha224}) {
+            hmac_of(key, "m", sha224);
+            const std::string used = key.size() > 64 ? hash_of(key, sha224) : key;
+            EXPECT_EQ(as_hex(hmac_ipad, 64), as_hex(pad_for(used, 0x36)));
+            EXPECT_EQ(as_hex(hmac_opad, 64), as_hex(pad_for(used, 0x5C)));
+        }
     }
 }
 
@@ -197,8 +180,56 @@ TEST(Hmac, FinishReadsTheOuterPad) {
     std::fill(std::begin(hmac_opad), std::end(hmac_opad), static_cast<unsigned char>('o'));
     hmac_sha256_final(&context, digest);
     const std::string inner = hash_of(pad_for("k", 0x36) + "m", kSha256);
-    EXPECT_EQ(as_hex({reinterpret_cast<char *>(digest), 32}),
-              as_hex(hash_of(std::string(64, 'o') + inner, kSha256)));
+    EXPECT_EQ(as_hex(digest, 32), as_hex(hash_of(std::string(64, 'o') + inner, kSha256)));
+}
+
+std::string sign(const char *message, const char *key) {
+    Guarded<65> out;
+    EXPECT_EQ(hmac_sha256_hex(message, key, out.data(), 65), 0);
+    EXPECT_EQ(out.data()[64], '\0');
+    EXPECT_TRUE(out.untouched_from(65));
+    return out.first(64);
+}
+
+TEST(Signer, TakesTheMessageFirstAndTheKeySecond) {
+    EXPECT_EQ(sign("what do ya want for nothing?", "Jefe"), kPublished[1].sha256);
+    EXPECT_NE(sign("Jefe", "what do ya want for nothing?"), kPublished[1].sha256);
+}
+
+TEST(Signer, EqualsTheHmacForKeysAroundTheBlockSize) {
+    for (const size_t length : {0u, 1u, 63u, 64u, 65u, 131u}) {
+        const std::string key(length, 'k');
+        EXPECT_EQ(sign("message", key.c_str()), as_hex(openssl_hmac(key, "message", kSha256)));
+    }
+}
+
+TEST(Signer, WritesNoMoreThanItsBufferTakes) {
+    for (size_t size = 0; size <= 80; ++size) {
+        Guarded<80> out;
+        EXPECT_EQ(hmac_sha256_hex("what do ya want for nothing?", "Jefe", out.data(), size), 0);
+        const size_t digits = size == 0 ? 0 : std::min(size - 1, size_t{64});
+        EXPECT_EQ(out.first(digits), std::string(kPublished[1].sha256).substr(0, digits));
+        EXPECT_TRUE(out.untouched_from(std::min(size, size_t{65}))) << size;
+        if (size > 0) {
+            EXPECT_EQ(out.data()[digits], '\0') << size;
+        }
+    }
+}
+
+TEST(Signer, NullTextsCountAsEmpty) {
+    EXPECT_EQ(sign(nullptr, nullptr), sign("", ""));
+    EXPECT_EQ(sign(nullptr, "k"), sign("", "k"));
+    EXPECT_EQ(sign("m", nullptr), sign("m", ""));
+}
+
+TEST(Signer, WipesTheContextAndBothTemporaries) {
+    std::vector<size_t> wiped;
+    calls::seen<OPENSSL_cleanse>() = [&](void *, size_t size) { wiped.push_back(size); };
+    sign("m", "k");
+    calls::seen<OPENSSL_cleanse>() = nullptr;
+    EXPECT_EQ(std::count(wiped.begin(), wiped.end(), sizeof(SHA256_CTX)), 1);
+    EXPECT_EQ(std::count(wiped.begin(), wiped.end(), 32u), 2)
+        << "the hashed key and the inner digest";
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ class Nonce : public testing::Test {
         unsigned char digest[EVP_MAX_MD_SIZE];
         unsigned length = 0;
         EVP_Digest(material.data(), material.size(), digest, &length, EVP_md5(), nullptr);
-        return as_hex({reinterpret_cast<char *>(digest), length});
+        return as_hex(digest, length);
     }
 };
 
@@ -73,14 +73,11 @@ TEST_F(Nonce, DependsOnMacAndSeedOnly) {
 TEST_F(Nonce, DiffersFromThreadToThread) {
     set_mac("88:dc:96:01:02:03");
     const std::string here = generate(7);
-    std::string there;
-    std::string expected_there;
     std::thread([&] {
-        there = generate(7);
-        expected_there = recompute("88:dc:96:01:02:03", 7);
+        const std::string there = generate(7);
+        EXPECT_EQ(there, recompute("88:dc:96:01:02:03", 7));
+        EXPECT_NE(there, here);
     }).join();
-    EXPECT_EQ(there, expected_there);
-    EXPECT_NE(there, here);
 }
 
 TEST_F(Nonce, ReseedsTheProcessAndDraws47Numbers) {
