@@ -1,8 +1,6 @@
 // kdump KIND [ARG]: uploads one kind of diagnostic dump. Always exits 0; the log shows failures.
-#include <unistd.h>
-
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 
 #include "cloud_http/upload_url.h"
 #include "kdump/upload_job.h"
@@ -13,21 +11,19 @@ using namespace cloudagent;
 
 namespace {
 
-bool begins_with(const char *text, const char *start) noexcept {
-    return std::strncmp(text, start, std::strlen(start)) == 0;
-}
-
-// Settings come from files and the local service only, but libraries, shell and tools read many
-// variables. Keeps the tools' places, the time zone and the loader's variables.
-void forget_environment() noexcept {
-    char **kept = environ;
-    for (char **at = environ; *at != nullptr; ++at) {
-        if (begins_with(*at, "PATH=") || begins_with(*at, "TZ=") || begins_with(*at, "LD_")) {
-            *kept++ = *at;
-        }
-    }
-    *kept = nullptr;
-}
+// Settings come from files and the local service only, but libraries and tools read these.
+constexpr const char *kForgottenVariables[] = {
+    // libcurl
+    "http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY",
+    "SSLKEYLOGFILE",
+    // c-ares
+    "CARES_HOSTS", "HOSTALIASES", "LOCALDOMAIN", "RES_OPTIONS",
+    // OpenSSL
+    "OPENSSL_CONF", "OPENSSL_CONF_INCLUDE", "OPENSSL_ENGINES", "OPENSSL_MODULES", "SSL_CERT_DIR",
+    "SSL_CERT_FILE", "CTLOG_FILE", "RANDFILE",
+    // shell, tar, cp
+    "ENV", "BASH_ENV", "SHELLOPTS", "BASHOPTS", "TAR_OPTIONS", "TAPE", "RSH", "TMPDIR",
+    "POSIXLY_CORRECT", "VERSION_CONTROL", "SIMPLE_BACKUP_SUFFIX"};
 
 }  // namespace
 
@@ -35,7 +31,9 @@ int main(int argc, char **argv) {
     // libcurl writes a line of its trace in pieces; line buffering makes that one write.
     static char trace_lines[1024];
     (void)std::setvbuf(stderr, trace_lines, _IOLBF, sizeof trace_lines);
-    forget_environment();
+    for (const char *variable : kForgottenVariables) {
+        unsetenv(variable);
+    }
     api_cloud_debug_get(&g_console_debug);
     api_cloud_DetectDNS_get(&g_detect_dns);
     cloud_log("##################kdump##################\n");
