@@ -1,10 +1,8 @@
 #include "testing/daemon.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <set>
 #include <sstream>
@@ -13,6 +11,7 @@
 #include <utility>
 
 #include "testing/files.h"
+#include "testing/socket_address.h"
 
 namespace world {
 namespace {
@@ -21,12 +20,9 @@ const std::string kProxyLog = kDaemonFolder + "tinyproxy.log";
 const std::string kDnsLog = kDaemonFolder + "dnsmasq.log";
 
 bool accepts(const Ready &ready) {
-    const int handle = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in place = {};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(static_cast<uint16_t>(ready.port));
-    inet_pton(AF_INET, ready.address.c_str(), &place.sin_addr);
-    const bool good = connect(handle, reinterpret_cast<sockaddr *>(&place), sizeof place) == 0;
+    const SocketAddress place(ready.address, ready.port);
+    const int handle = place.new_socket();
+    const bool good = place.connect(handle);
     close(handle);
     return good;
 }
@@ -82,23 +78,26 @@ Finished Daemon::end(int signal) {
 
 std::string Daemon::output() const { return read_file_if_any(output_); }
 
-Daemon start_tinyproxy() {
+Daemon start_tinyproxy(const std::string &address) {
     const std::string settings = kDaemonFolder + "tinyproxy.conf";
     write_file(kProxyLog, "");
-    write_file(settings, "Port " + std::to_string(kProxyPort) +
-                             "\nListen 127.0.0.1\nTimeout 60\nLogFile \"" + kProxyLog +
+    write_file(settings, "Port " + std::to_string(kProxyPort) + "\nListen " + address +
+                             "\nTimeout 60\nLogFile \"" + kProxyLog +
                              "\"\nLogLevel Connect\nMaxClients 300\n"
                              "ConnectPort 443\nConnectPort 8080\n");
-    return {Command({"tinyproxy", "-d", "-c", settings}), {kProxyPort}};
+    return {Command({"tinyproxy", "-d", "-c", settings}), {kProxyPort, address}};
 }
 
 Daemon start_dnsmasq(const std::map<std::string, std::string> &names) {
+    const bool six = std::any_of(names.begin(), names.end(),
+                                 [](const auto &name) { return is_ipv6(name.second); });
+    const std::string own = six ? "::1" : "127.0.0.1";
     std::vector<std::string> words = {"dnsmasq",
                                       "--no-daemon",
                                       "--no-resolv",
                                       "--no-hosts",
                                       "--user=root",
-                                      "--listen-address=127.0.0.1",
+                                      "--listen-address=" + own,
                                       "--pid-file=",
                                       "--conf-file=/dev/null",
                                       "--bind-interfaces",
@@ -108,14 +107,16 @@ Daemon start_dnsmasq(const std::map<std::string, std::string> &names) {
         words.push_back("--address=/" + name + "/" + address);
     }
     write_file(kDnsLog, "");
-    return {Command(words), {53}};
+    return {Command(words), {53, own}};
 }
 
 std::vector<std::string> proxied_targets() { return words_after("): CONNECT ", kProxyLog); }
 
 std::vector<std::string> dns_queries() {
-    const std::vector<std::string> asked = words_after("query[A] ", kDnsLog);
-    const std::set<std::string> once(asked.begin(), asked.end());
+    std::set<std::string> once;
+    for (const char *query : {"query[A] ", "query[AAAA] "})
+        for (const std::string &name : words_after(query, kDnsLog))
+            once.insert(name);
     return {once.begin(), once.end()};
 }
 

@@ -1,8 +1,9 @@
 /*
  * Daemons of the machine, run inside the private world. Real ones that a device meets:
  *
- *   tinyproxy  the CONNECT proxy, on 127.0.0.1:3128
- *   dnsmasq    the DNS server, on 127.0.0.1:53, for names that nothing else knows
+ *   tinyproxy  the CONNECT proxy, on port 3128
+ *   dnsmasq    the DNS server, on 127.0.0.1:53, for names that nothing else knows; on [::1]:53 if
+ *              one of them has an IPv6 address
  *   nginx      an object store, see nginx.h
  */
 #pragma once
@@ -47,7 +48,7 @@ class Daemon {
     int end_signal_;
 };
 
-Daemon start_tinyproxy();
+Daemon start_tinyproxy(const std::string &address = "127.0.0.1");
 Daemon start_dnsmasq(const std::map<std::string, std::string> &names);
 
 // The targets that the proxy was asked to connect to, in order, since it was started.

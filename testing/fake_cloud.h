@@ -1,6 +1,8 @@
 /* The fake cloud: local service and cloud on their ports, with one record of their requests. */
 #pragma once
 
+#include <list>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -16,7 +18,8 @@ struct FakeCloudSetup {
     LocalSettings local;
     CloudSettings cloud;
     std::set<std::string> refuse;  // where connections are refused: "local", "tfa", "store", "time"
-    std::string store_address = "127.0.0.1";
+    std::map<std::string, bool> addresses = {{"127.0.0.1", true}};  // of all; false: silent
+    std::string store_address;                                      // if not among these
     bool records_whole_bodies = false;
 };
 
@@ -25,7 +28,7 @@ void name_cloud_hosts(const FakeCloudSetup &setup = {});
 
 class FakeCloud {
   public:
-    // On 127.0.0.1: the local service on port 8000, the cloud on 443 (TLS) and 80.
+    // The local service on port 8000 of 127.0.0.1, the cloud on 443 (TLS) and 80 of its addresses.
     explicit FakeCloud(const FakeCloudSetup &setup = {});
 
     void set_patience(std::chrono::seconds patience);
@@ -38,8 +41,8 @@ class FakeCloud {
 
   private:
     std::optional<HttpServer> local_server_;
-    HttpServer cloud_server_;
-    HttpServer plain_server_;
+    std::list<HttpServer> cloud_servers_;
+    std::list<SilentPort> silent_;
 };
 
 }  // namespace world

@@ -1,7 +1,5 @@
 #include "testing/http_server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <pthread.h>
 #include <sys/socket.h>
@@ -14,6 +12,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <system_error>
+
+#include "testing/socket_address.h"
 
 namespace world {
 namespace {
@@ -128,17 +128,13 @@ void send_reply(Stream &stream, const Request &request, const Reply &reply) {
 }
 
 // Sends at once, as real clouds do: a short reply waits for no acknowledgement.
-int listen_on(const std::string &address, uint16_t port) {
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+int listen_on(const std::string &address, uint16_t port, int backlog) {
+    const SocketAddress place(address, port);
+    const int listener = place.new_socket();
     const int on = 1;
     setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     setsockopt(listener, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    struct sockaddr_in place = {};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(port);
-    inet_pton(AF_INET, address.c_str(), &place.sin_addr);
-    if (listener < 0 || bind(listener, reinterpret_cast<sockaddr *>(&place), sizeof place) != 0 ||
-        listen(listener, SOMAXCONN) != 0)
+    if (listener < 0 || !place.bind(listener) || listen(listener, backlog) != 0)
         throw std::system_error(errno, std::generic_category(),
                                 "listen on " + address + ":" + std::to_string(port));
     return listener;
@@ -146,9 +142,22 @@ int listen_on(const std::string &address, uint16_t port) {
 
 }  // namespace
 
+// The kernel answers no more connections than wait to be accepted: one more than the backlog.
+SilentPort::SilentPort(const std::string &address, uint16_t port)
+    : listener_(listen_on(address, port, 0)), filler_(SocketAddress(address, port).new_socket()) {
+    SocketAddress(address, port).connect(filler_);
+}
+
+SilentPort::~SilentPort() {
+    close(filler_);
+    close(listener_);
+}
+
 HttpServer::HttpServer(const std::string &address, uint16_t port, HttpHandler &handler,
                        SslContext context)
-    : handler_(handler), context_(std::move(context)), listener_(listen_on(address, port)) {
+    : handler_(handler),
+      context_(std::move(context)),
+      listener_(listen_on(address, port, SOMAXCONN)) {
     if (context_)
         Stream::prepare(context_.get());
     acceptor_ = std::thread(&HttpServer::accept_all, this);

@@ -46,6 +46,19 @@ class HttpHandler {
     virtual void broken_off(Request &request) { (void)request; }
 };
 
+// A port from which nothing comes back, as from a host that is off.
+class SilentPort {
+  public:
+    SilentPort(const std::string &address, uint16_t port);
+    ~SilentPort();
+    SilentPort(const SilentPort &) = delete;
+    SilentPort &operator=(const SilentPort &) = delete;
+
+  private:
+    int listener_;
+    int filler_;
+};
+
 class HttpServer {
   public:
     // Listens on address:port; with a context it speaks TLS. Throws std::system_error.

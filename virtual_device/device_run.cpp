@@ -71,6 +71,7 @@ void DeviceRun::start_servers() {
     setup.local = scenario_.local_settings;
     setup.cloud = scenario_.cloud_settings;
     setup.refuse = scenario_.refuse;
+    setup.addresses = scenario_.addresses;
     for (const auto &[name, address] : scenario_.dns)
         setup.cloud.tfa_hosts.push_back(name);
     if (scenario_.daemons.count("nginx"))
@@ -78,7 +79,7 @@ void DeviceRun::start_servers() {
     name_cloud_hosts(setup);
     fake_ = std::make_unique<FakeCloud>(setup);
     if (scenario_.daemons.count("tinyproxy"))
-        daemons_.push_back(start_tinyproxy());
+        daemons_.push_back(start_tinyproxy(scenario_.proxy_address));
     for (const char *squid : {"squid", "squid-with-password"})
         if (scenario_.daemons.count(squid))
             daemons_.push_back(start_squid(squid == std::string("squid-with-password")));

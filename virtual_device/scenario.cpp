@@ -116,6 +116,7 @@ void read_device(Fields &fields, Scenario &scenario) {
     fields.with_object("proxy", [&](Fields &proxy) {
         const bool enable = proxy.flag("enable", true);
         const std::string server = proxy.text("server", "127.0.0.1");
+        scenario.proxy_address = proxy.text("listens", "127.0.0.1");
         const long port = proxy.number("port", 3128, 0, 65535);
         proxy.with("answers", [&](const json &list, const std::string &where) {
             scenario.proxy_replies = read_replies(list, where);
@@ -144,6 +145,11 @@ void read_surroundings(Fields &fields, Scenario &scenario) {
     scenario.cloud_settings.clock = fields.text("clock");
     scenario.cloud_settings.url_lifetime =
         std::chrono::seconds(fields.number("url_lifetime", 300, 0, 86400));
+    fields.with_object("addresses", [&](Fields &addresses) {
+        scenario.addresses.clear();
+        for (const auto &[address, value] : addresses.object().items())
+            scenario.addresses[address] = addresses.flag(address, true);
+    });
     scenario.refuse = fields.choices("refuse", {"local", "tfa", "store", "time"});
     scenario.daemons =
         fields.choices("daemons", {"tinyproxy", "nginx", "squid", "squid-with-password"});

@@ -30,6 +30,8 @@ struct Scenario {
     CloudSettings cloud_settings;
     std::set<std::string> refuse;   // "local", "tfa", "store", "time": nothing listens there
     std::set<std::string> daemons;  // "tinyproxy", "nginx", "squid", "squid-with-password"
+    std::map<std::string, bool> addresses = {{"127.0.0.1", true}};  // the cloud's; false: silent
+    std::string proxy_address = "127.0.0.1";                        // where the proxy listens
     std::vector<ScriptedReply> proxy_replies;  // of a fake proxy; none: there is none
     std::map<std::string, std::string> dns;    // names only a DNS server on 127.0.0.1:53 knows
     bool verifying = false;                    // for a kdump that verifies the cloud
