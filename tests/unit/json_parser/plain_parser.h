@@ -185,20 +185,9 @@ class PlainParser {
     }
 
     static char unescaped(char letter) {
-        switch (letter) {
-            case 'b':
-                return '\b';
-            case 'f':
-                return '\f';
-            case 'n':
-                return '\n';
-            case 'r':
-                return '\r';
-            case 't':
-                return '\t';
-            default:
-                return letter;
-        }
+        constexpr const char *kLetters = "bfnrt";
+        const char *const found = std::strchr(kLetters, letter);
+        return found ? "\b\f\n\r\t"[found - kLetters] : letter;
     }
 
     bool digits(std::string &token) {

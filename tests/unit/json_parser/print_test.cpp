@@ -196,20 +196,6 @@ TEST(Print, FormatsWithTabsAndNewlines) {
               "}");
 }
 
-TEST(Print, UsesNoWhiteSpaceUnformatted) {
-    const char *text = R"({"s":"x","n":null,"o":{"e":{},"a":[1,[2,"y"],{"k":3}]},"i":4})";
-    EXPECT_EQ(plain(parsed(text)), text);
-}
-
-TEST(Print, PrintsEmptyContainers) {
-    const OwnedJson array(createJsonArray());
-    const OwnedJson object(createJsonObject());
-    EXPECT_EQ(formatted(array), "[]");
-    EXPECT_EQ(plain(array), "[]");
-    EXPECT_EQ(formatted(object), "{\n}");
-    EXPECT_EQ(plain(object), "{}");
-}
-
 TEST(Print, TakesANodeWithoutNameAndSiblings) {
     const OwnedJson document = parsed(R"({"a":[1],"b":{"c":2},"d":3})");
     EXPECT_EQ(plain(member(document, "a")), "[1]");

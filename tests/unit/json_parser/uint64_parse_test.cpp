@@ -69,35 +69,6 @@ TEST(Uint64Parse, FailsAtTheByteTheNumberLeaves) {
     }
 }
 
-TEST(Uint64Parse, ReadsEverythingElseAsUsual) {
-    const char *text =
-        R"({"s":"-5 1.5 \"007\\","t":true,"f":false,"n":null,"a":[],"o":{"k":[1,[2]]}})";
-    const OwnedJson document = parsed_uint64(text);
-    EXPECT_EQ(plain(document), text);
-    EXPECT_EQ(member(document, "t")->valueint, 1);
-}
-
-TEST(Uint64Parse, KeepsDocumentOrder) {
-    const char *text = R"([1,{"2":3,"a\\":[4,"5\"",6]},[[7],[]],8])";
-    EXPECT_EQ(plain(parsed_uint64(text)), text);
-}
-
-TEST(Uint64Parse, CarriesA64BitIdentifier) {
-    const char *text = R"({"id":18446744073709551615})";
-    int found = -1;
-    const OwnedJson exact = parsed_uint64(text);
-    EXPECT_EQ(getJsonLongLongUintValueForKey(exact.get(), "id", &found), UINT64_MAX);
-    EXPECT_EQ(found, 1);
-
-    const OwnedJson rounded = parsed(text);
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(getJsonLongLongUintValueForKey(rounded.get(), "id", &found), 0u);
-    std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "\ngetJsonLongLongUintValueForKey IntValue of id not found\n");
-    EXPECT_EQ(found, 0);
-}
-
 TEST(Uint64Parse, SharesTheLimitOfNesting) {
     const std::string open(1000, '[');
     const std::string close(1000, ']');
