@@ -14,11 +14,11 @@ class ForeignSource : public SharedTmp, public testing::WithParamInterface<Sourc
 
 // The file that a link leads to is sent; the link is removed, the file stays.
 TEST_P(ForeignSource, IsSentWhereverItLeads) {
-    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-    link_to_victim(GetParam().path);
-    give_away(GetParam().path);
-    device.run(GetParam().command);
-    EXPECT_EQ(stored(device.outcome()), kVictimContent);
+    const world::Outcome outcome = run(GetParam().command, "", [] {
+        link_to_victim(GetParam().path);
+        give_away(GetParam().path);
+    });
+    EXPECT_EQ(stored(outcome), kVictimContent);
     EXPECT_FALSE(world::exists(GetParam().path));
     EXPECT_EQ(victim(), kVictimContent);
 }
@@ -34,31 +34,32 @@ std::vector<Source> each_source_in_tmp() {
 
 INSTANTIATE_TEST_SUITE_P(Of, ForeignSource, testing::ValuesIn(each_source_in_tmp()), RowName());
 
-using ForeignFile = SharedTmp;
+class ForeignFile : public SharedTmp {
+  protected:
+    static world::Outcome run_beside(const std::string &path, const std::string &command) {
+        return run(command, "", [&] {
+            world::write_file(path, "");
+            give_away(path);
+        });
+    }
+};
 
 TEST_F(ForeignFile, RebootsTheDevice) {
-    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-    world::write_file("/tmp/upgrade_finish", "");
-    give_away("/tmp/upgrade_finish");
-    device.run("kdump debugRamLog");
-    EXPECT_EQ(device.outcome().reboots, 1);
+    EXPECT_EQ(run_beside("/tmp/upgrade_finish", "kdump debugRamLog").reboots, 1);
 }
 
 TEST_F(ForeignFile, KeepsAKindFromRunning) {
-    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-    world::write_file("/tmp/kdump_process_segmentrace", "");
-    give_away("/tmp/kdump_process_segmentrace");
-    device.run("kdump segmentrace");
-    const world::Outcome outcome = device.outcome();
+    const world::Outcome outcome =
+        run_beside("/tmp/kdump_process_segmentrace", "kdump segmentrace");
     EXPECT_THAT(outcome.exchanges, testing::IsEmpty());
     EXPECT_TRUE(world::exists("/mnt/data/iss_config/segmentrace.txt"));
 }
 
 TEST_F(ForeignFile, NamesTheServerThatIsAsked) {
-    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-    world::write_file("/tmp/app/cloud_tmp/KDUMPS_file", "https://uploads.example.com/elsewhere");
-    device.run("kdump RAM");
-    EXPECT_EQ(device.outcome().exchanges.at(1).url, "https://uploads.example.com/elsewhere");
+    const std::string url = "https://uploads.example.com/elsewhere";
+    const world::Outcome outcome =
+        run("kdump RAM", "", [&] { world::write_file("/tmp/app/cloud_tmp/KDUMPS_file", url); });
+    EXPECT_EQ(outcome.exchanges.at(1).url, url);
 }
 
 // A link at a marker's place is a marker, wherever it leads.
@@ -66,10 +67,10 @@ TEST_F(ForeignFile, IsNotFollowedAsAMarker) {
     for (const char *target : {kVictim, "/mnt/data/nowhere"}) {
         world::reset();
         world::write_file(kVictim, kVictimContent);
-        world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-        std::filesystem::create_symlink(target, "/tmp/kdump_process_segmentrace");
-        device.run("kdump segmentrace");
-        EXPECT_THAT(device.outcome().exchanges, testing::IsEmpty());
+        const world::Outcome outcome = run("kdump segmentrace", "", [&] {
+            std::filesystem::create_symlink(target, "/tmp/kdump_process_segmentrace");
+        });
+        EXPECT_THAT(outcome.exchanges, testing::IsEmpty());
         EXPECT_TRUE(world::exists("/tmp/kdump_process_segmentrace"));
         EXPECT_FALSE(world::exists("/mnt/data/nowhere"));
         EXPECT_EQ(victim(), kVictimContent);

@@ -25,14 +25,26 @@ class SharedTmp : public testing::Test {
         world::write_file(kVictim, kVictimContent);
     }
 
-    static world::Scenario scenario(const std::string &json) {
-        return world::read_scenario("shared-tmp", "shared-tmp.json", json);
-    }
-
     static world::RunSetup setup() {
         world::RunSetup setup;
         setup.kdump = world::inside(KDUMP_PROGRAM);
         return setup;
+    }
+
+    // A device whose scenario has these fields.
+    static world::DeviceRun device_with(const std::string &fields) {
+        const std::string json = "{\"about\": \"a\"" + (fields.empty() ? "" : ", " + fields) + "}";
+        return {world::read_scenario("shared-tmp", "shared-tmp.json", json), setup()};
+    }
+
+    // The outcome of one command on it, run after `prepare`.
+    static world::Outcome run(
+        const std::string &command, const std::string &fields = "",
+        const std::function<void()> &prepare = [] {}) {
+        world::DeviceRun device = device_with(fields);
+        prepare();
+        device.run(command);
+        return device.outcome();
     }
 
     static void link_to_victim(const std::string &path) {

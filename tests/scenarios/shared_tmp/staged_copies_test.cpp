@@ -15,21 +15,16 @@ struct Copy : NamedRow {
 
 class ForeignCopy : public SharedTmp, public testing::WithParamInterface<Copy> {
   protected:
-    // Runs the kind with somebody else's file in the copy's place; the log as without it.
-    world::Outcome run() {
-        world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-        device.run(GetParam().command);
-        return device.outcome();
-    }
-
     std::string log_of_undisturbed_run() {
-        const std::string log = run().commands.front().console;
+        const std::string log = run(GetParam().command).commands.front().console;
         world::reset();
         world::write_file(kVictim, kVictimContent);
         return world::without_stamps(log);
     }
 
-    void expect_delivered(const world::Outcome &outcome, const std::string &log) {
+    // Runs the kind with somebody else's file in the copy's place.
+    void expect_delivered(const std::string &log) {
+        const world::Outcome outcome = run(GetParam().command);
         EXPECT_EQ(outcome.commands.front().exit_status, 0);
         EXPECT_EQ(world::without_stamps(outcome.commands.front().console), log);
         EXPECT_EQ(victim(), kVictimContent);
@@ -49,7 +44,7 @@ TEST_P(ForeignCopy, IsNoWayOutOfTmp) {
     const std::string log = log_of_undisturbed_run();
     link_to_victim(GetParam().copy);
     NEEDS_ANOTHER_USER(give_away(GetParam().copy));
-    expect_delivered(run(), log);
+    expect_delivered(log);
 }
 
 TEST_P(ForeignCopy, DoesNotGetTheDump) {
@@ -57,7 +52,7 @@ TEST_P(ForeignCopy, DoesNotGetTheDump) {
     world::write_file(GetParam().copy, "mine");
     const int kept = open(GetParam().copy.c_str(), O_RDONLY | O_CLOEXEC);
     NEEDS_ANOTHER_USER(give_away(GetParam().copy));
-    expect_delivered(run(), log);
+    expect_delivered(log);
     char content[8] = "";
     EXPECT_EQ(pread(kept, content, sizeof content, 0), 4);
     close(kept);
@@ -67,7 +62,7 @@ TEST_P(ForeignCopy, DoesNotHoldTheRunUp) {
     const std::string log = log_of_undisturbed_run();
     ASSERT_EQ(mkfifo(GetParam().copy.c_str(), 0666), 0);
     NEEDS_ANOTHER_USER(give_away(GetParam().copy));
-    expect_delivered(run(), log);
+    expect_delivered(log);
 }
 
 std::vector<Copy> each_copy() {
@@ -95,9 +90,7 @@ using OwnCopy = SharedTmp;
 // Whoever has a small /tmp may put a link there.
 TEST_F(OwnCopy, LiesWhereALinkOfThisUserLeads) {
     link_to_victim("/tmp/segmentrace.txt");
-    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-    device.run("kdump segmentrace");
-    const world::Outcome outcome = device.outcome();
+    const world::Outcome outcome = run("kdump segmentrace");
     EXPECT_EQ(stored(outcome),
               world::seeded_files().at(world::kind_named("segmentrace").dumps[0].source));
     EXPECT_EQ(victim(), stored(outcome));
@@ -114,7 +107,7 @@ TEST_F(OwnCopy, ReplacesWhatCannotBeWrittenWhereTheCommandForcesIt) {
         world::reset();
         std::filesystem::copy("/bin/sleep", row.copy);
         const world::Child running = world::spawn(world::Command({row.copy, "99"}));
-        world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
+        world::DeviceRun device = device_with("");
         const std::string dump = world::read_file(row.source);
         device.run(row.command);
         const std::string copied =
@@ -125,18 +118,14 @@ TEST_F(OwnCopy, ReplacesWhatCannotBeWrittenWhereTheCommandForcesIt) {
 
 TEST_F(OwnCopy, OfAnEarlierRunIsReplaced) {
     world::write_file("/tmp/segmentrace.txt", "of an earlier run");
-    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-    device.run("kdump segmentrace");
-    EXPECT_EQ(stored(device.outcome()),
+    EXPECT_EQ(stored(run("kdump segmentrace")),
               world::seeded_files().at(world::kind_named("segmentrace").dumps[0].source));
 }
 
 // The upload announces the folder's size and has nothing to send.
 TEST_F(OwnCopy, WaitsWhereAFolderIs) {
     ASSERT_EQ(mkdir("/tmp/cloud_ram_dbg.txt", 0755), 0);
-    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
-    device.run("timeout --signal=KILL 2 kdump RAM");
-    EXPECT_NE(device.outcome().commands.front().exit_status, 0);
+    EXPECT_NE(run("timeout --signal=KILL 2 kdump RAM").commands.front().exit_status, 0);
     const std::string dump = world::seeded_files().at("/tmp/cloud_dbg.txt");
     EXPECT_EQ(world::read_file("/tmp/cloud_dbg.txt"), dump);
     EXPECT_EQ(world::read_file("/tmp/cloud_ram_dbg.txt/cloud_dbg.txt"), dump);
@@ -144,9 +133,8 @@ TEST_F(OwnCopy, WaitsWhereAFolderIs) {
 
 // Only a name in /tmp itself is cleared, never a place that the name's slashes lead to.
 TEST_F(OwnCopy, IsNotClearedOutsideOfTmp) {
-    world::DeviceRun device(scenario("{\"about\": \"a\"}"), setup());
     NEEDS_ANOTHER_USER(give_away(kVictim));
-    device.run("kdump CONFIG ../mnt/data/victim");
+    run("kdump CONFIG ../mnt/data/victim");
     EXPECT_EQ(victim(), kVictimContent);
     EXPECT_EQ(owner_of(kVictim), kSomebodyElse);
 }
