@@ -21,6 +21,12 @@ die() {
     exit 1
 }
 
+# Makes the folder $scratch, which is removed when the script ends.
+make_scratch() {
+    scratch=$(mktemp -d)
+    trap 'rm -rf "$scratch"' EXIT
+}
+
 # quietly LOG COMMAND...: the command's output goes to LOG; a failure shows its end and exits.
 quietly() {
     "${@:2}" >"$1" 2>&1 || {

@@ -6,8 +6,8 @@
 # Works on a copy.
 . script/lib/common.sh
 
-copy=$(mktemp -d)
-trap 'rm -rf "$copy"' EXIT
+make_scratch
+copy=$scratch
 cp -r --parents CMakeLists.txt README.md script packaging docs log_reader "$@" "$copy"
 
 expect_failure() {

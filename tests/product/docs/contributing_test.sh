@@ -11,8 +11,8 @@
 
 generated=$1
 virtual_device=$2
-copy=$(mktemp -d)
-trap 'rm -rf "$copy"' EXIT
+make_scratch
+copy=$scratch
 find "${modules[@]}" tests testing virtual_device \
     \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -exec cp --parents -t "$copy" {} +
 ln -s . "$copy/cloudagent" # <cloudagent/log/log.h> is the copy's log/log.h

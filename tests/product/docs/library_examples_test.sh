@@ -11,8 +11,7 @@ library=$1
 curl=$2
 virtual_device=$3
 page=docs/library.md
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 
 # Writes the pieces of language $1 into scratch files $1.1, $1.2, ...
 extract() {

@@ -7,8 +7,7 @@
 . script/lib/common.sh
 
 data=docs/log-lines.json
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 
 # The sources of folder $1, a statement a line behind its module, without comments.
 statements() {

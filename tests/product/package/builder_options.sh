@@ -3,22 +3,16 @@
 #
 # What an image builder or an older distribution passes to CMake, or lacks, is respected. CURL is the
 # prefix of a libcurl with c-ares, which stands for the system's.
-set -euo pipefail
+. "$(dirname "$0")/../../../script/lib/common.sh"
 
 cmake=$1
 curl=$2
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 exec 2>&1
 unset LD_LIBRARY_PATH
 prefix=$scratch/prefix
 build=$scratch/build
 export PKG_CONFIG_PATH=$prefix/lib/pkgconfig:$curl/lib/pkgconfig
-
-die() {
-    echo "FAILED  $*"
-    exit 1
-}
 
 # configure FOLDER OPTION...: the output goes to FOLDER.log.
 configure() {

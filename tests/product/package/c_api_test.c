@@ -2,26 +2,6 @@
  * The library as a C program sees it: every public header is C11, and every public name has exactly
  * the type that agents are written for. Linked with the shared library, so each name must be there.
  */
-#include <cloudagent/cloud_http/curl_http.h>
-#include <cloudagent/cloud_http/endpoints.h>
-#include <cloudagent/cloud_http/file_upload.h>
-#include <cloudagent/cloud_http/http_reply.h>
-#include <cloudagent/cloud_http/proxy.h>
-#include <cloudagent/cloud_http/upload_url.h>
-#include <cloudagent/device/cloud_time.h>
-#include <cloudagent/device/connection_fail_log.h>
-#include <cloudagent/device/device_api.h>
-#include <cloudagent/device/firmware_upload_watch.h>
-#include <cloudagent/device/led.h>
-#include <cloudagent/device/system_status.h>
-#include <cloudagent/json_parser/json_parser.h>
-#include <cloudagent/kdump/job_guard.h>
-#include <cloudagent/kdump/turn_lock.h>
-#include <cloudagent/log/log.h>
-#include <cloudagent/state/credentials.h>
-#include <cloudagent/state/device_identity.h>
-#include <cloudagent/state/digest.h>
-#include <cloudagent/state/state_files.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -44,7 +24,7 @@ extern const struct Data __start_public_data[], __stop_public_data[];
     __attribute__((section("public_data"), used, aligned(8))) \
     const struct Data data_##name = {#name, &name, sizeof name}
 
-/* cloud_http/curl_http.h */
+#include <cloudagent/cloud_http/curl_http.h>
 VALUE(uint32_t, curl_http_fail_count);
 FUNCTION(int, curl_http, (const char *, const char *, char **, const char *));
 FUNCTION(int, http_get, (const char *, char **));
@@ -54,23 +34,23 @@ FUNCTION(int, http_delete, (const char *, const char *, char **));
 FUNCTION(void, curl_post_transfer_hook, (CURL *));
 FUNCTION(void, curl_info_dump, (CURL *));
 
-/* cloud_http/endpoints.h */
+#include <cloudagent/cloud_http/endpoints.h>
 FUNCTION(int, api_kdumps_server_get, (char *));
 FUNCTION(int, api_kdumps_server_set, (const char *));
 FUNCTION(int, api_TFA_get, (char *));
 FUNCTION(int, api_TFA_set, (const char *));
 
-/* cloud_http/file_upload.h */
+#include <cloudagent/cloud_http/file_upload.h>
 FUNCTION(int, api_TFA_post_FILE, (const char *, const char *, int));
 
-/* cloud_http/http_reply.h */
+#include <cloudagent/cloud_http/http_reply.h>
 FUNCTION(size_t, http_reply_write, (char *, size_t, size_t, void *));
 
-/* cloud_http/proxy.h */
+#include <cloudagent/cloud_http/proxy.h>
 ARRAY(char, g_proxy_server, 160);
 FUNCTION(int, c_cloud_proxy_get, (char *));
 
-/* cloud_http/upload_url.h */
+#include <cloudagent/cloud_http/upload_url.h>
 ARRAY(char, KDUMPS_url, 1024);
 VALUE(char *, g_upload_url);
 ARRAY(char, g_curl_dns_server, 64);
@@ -78,10 +58,10 @@ VALUE(uint32_t, g_detect_dns);
 FUNCTION(int, api_TFA_post_data, (const char *));
 FUNCTION(int, ReadCurlDnsFile, (void));
 
-/* device/cloud_time.h */
+#include <cloudagent/device/cloud_time.h>
 FUNCTION(int, api_get_time, (const char *, const char *));
 
-/* device/connection_fail_log.h */
+#include <cloudagent/device/connection_fail_log.h>
 VALUE(uint32_t, conn_fail_logged_30m);
 VALUE(uint32_t, conn_fail_logged_60m);
 FUNCTION(int, api_conn_fail_log_time_set, (uint32_t));
@@ -89,22 +69,22 @@ FUNCTION(int, api_conn_fail_log_time_get, (int32_t *));
 FUNCTION(int, api_cloud_fail_log_check, (void));
 FUNCTION(int, api_cloud_fail_log, (void));
 
-/* device/device_api.h */
+#include <cloudagent/device/device_api.h>
 FUNCTION(int, api_tillet_host_get, (char *, uint32_t));
 
-/* device/firmware_upload_watch.h */
+#include <cloudagent/device/firmware_upload_watch.h>
 FUNCTION(uint32_t, SN_Check_FW_upload_status, (void));
 
-/* device/led.h */
+#include <cloudagent/device/led.h>
 FUNCTION(int, api_system_led_blink, (uint32_t));
 FUNCTION(int, api_zorb_cloud_register_set, (int));
 
-/* device/system_status.h */
+#include <cloudagent/device/system_status.h>
 FUNCTION(int, sn_get_mac_addr, (void));
 FUNCTION(int, sn_get_mem_info, (MemInfo *));
 FUNCTION(int, sn_get_sys_up_time, (int32_t *));
 
-/* json_parser/json_parser.h */
+#include <cloudagent/json_parser/json_parser.h>
 FUNCTION(JsonNode *, parseJsonText, (const char *));
 FUNCTION(JsonNode *, parseJsonTextLongLongUint, (const char *));
 FUNCTION(void, deleteJson, (JsonNode *));
@@ -146,23 +126,23 @@ FUNCTION(char *, printJson, (const JsonNode *));
 FUNCTION(char *, printJsonUnformatted, (const JsonNode *));
 FUNCTION(JsonNode *, duplicateJson, (const JsonNode *, int));
 
-/* kdump/job_guard.h */
+#include <cloudagent/kdump/job_guard.h>
 VALUE(int, g_turn_lock_absent);
 VALUE(int, g_http_initialised);
 FUNCTION(uint32_t, start_processing, (const char *));
 
-/* kdump/turn_lock.h */
+#include <cloudagent/kdump/turn_lock.h>
 VALUE(int, g_turn_held);
 FUNCTION(int, api_get_cloudwtpflag, (void));
 FUNCTION(int, api_release_cloudwtpflag, (void));
 
-/* log/log.h */
+#include <cloudagent/log/log.h>
 VALUE(uint32_t, g_console_debug);
 VALUE(uint32_t, g_file_log);
 ARRAY(char, g_log_path, 128);
 FUNCTION(void, cloud_log, (const char *, ...));
 
-/* state/credentials.h */
+#include <cloudagent/state/credentials.h>
 FUNCTION(int, api_omcloud_seqno_get, (int32_t *));
 FUNCTION(int, api_omcloud_seqno_set, (int32_t));
 FUNCTION(int, api_key_set, (const char *));
@@ -170,11 +150,11 @@ FUNCTION(int, api_secret_set, (const char *));
 FUNCTION(int, api_key_get, (char *));
 FUNCTION(int, api_secret_get, (char *));
 
-/* state/device_identity.h */
+#include <cloudagent/state/device_identity.h>
 ARRAY(char, sys_mac_addr, 32);
 ARRAY(char, sys_mac_addr_compact, 32);
 
-/* state/digest.h */
+#include <cloudagent/state/digest.h>
 ARRAY(unsigned char, hmac_ipad, 64);
 ARRAY(unsigned char, hmac_opad, 64);
 FUNCTION(void, hmac_sha256_init, (SHA256_CTX *, const unsigned char *, int32_t, int));
@@ -186,7 +166,7 @@ FUNCTION(char *, str_case_search, (const char *, const char *));
 FUNCTION(int, api_file_exist, (const char *));
 FUNCTION(int, api_file_touch, (const char *));
 
-/* state/state_files.h */
+#include <cloudagent/state/state_files.h>
 FUNCTION(uint32_t, api_cloud_debug_get, (uint32_t *));
 FUNCTION(uint32_t, api_cloud_RenewDHCP_get, (uint32_t *));
 FUNCTION(uint32_t, api_cloud_DetectDNS_get, (uint32_t *));
@@ -220,7 +200,7 @@ FUNCTION(uint32_t, api_etcd_url_get, (char *));
 
 /* Nothing has run yet in this process: every public variable has its start value, zero. */
 int main(void) {
-    static const char zeros[2048];
+    static const char zeros[2048] = {0};
     int wrong = 0;
     for (const struct Data *data = __start_public_data; data != __stop_public_data; ++data) {
         if (data->size > sizeof zeros || memcmp(data->start, zeros, data->size) != 0) {

@@ -5,15 +5,11 @@
 # it finds the entry that serves the package, takes the newest version, takes the next older one
 # when that is listed but gone, and fails when all are gone. Nothing outside a scratch folder is
 # read as configuration or written.
-set -euo pipefail
-
-# shellcheck source=script/lib/common.sh
 . script/lib/common.sh
 # shellcheck source=script/lib/debian_source.sh
 . script/lib/debian_source.sh
 
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 archive=$scratch/archive
 mkdir -p "$archive/pool" "$scratch"/etc/sources.list.d "$scratch"/{lists,cache}/partial
 

@@ -3,14 +3,13 @@
 #
 # Both libraries define exactly the names that the public headers declare, but for the static one's
 # internals in namespace cloudagent. c_api_test looks at each public name.
-set -euo pipefail
+. "$(dirname "$0")/../../../script/lib/common.sh"
 
 library=$1
 static_library=$2
 c_api_test=$3
 shift 3
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 
 # The compiler itself lists the functions it met, with the file of each.
 printf '#include "%s"\n' "$@" >"$scratch/all.c"

@@ -5,13 +5,12 @@
 # for libraries in RUN_PATH (empty: in none) beside the system's folders. A program built here without
 # any of this shows that each of the checks can fail.
 # shellcheck disable=SC2317  # failures calls what it is given
-set -euo pipefail
+. "$(dirname "$0")/../../../script/lib/common.sh"
 
 configuration=$1
 run_path=$2
 shift 2
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 
 # A file's tables, as readelf prints them.
 headers() { "$READELF" -hW "$1"; }

@@ -4,15 +4,14 @@
 # Installs into a temporary prefix, moves it, and builds agents against it as their authors would:
 # the example in C11 by make and pkg-config and by CMake, one in C with the static library, one in
 # C++17 with either, and one in both languages whose own headers have the names of the library's.
-set -euo pipefail
+. "$(dirname "$0")/../../../script/lib/common.sh"
 
 build=$1
 cmake=$2
 version=$3
 shift 3
 headers=("$@")
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 exec 2>&1
 unset LD_LIBRARY_PATH
 

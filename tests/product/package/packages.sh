@@ -6,13 +6,12 @@
 # every file with the state before: first the program's packages, then all of them beside a C
 # compiler. In full it builds them a second time: every byte is the same. Status 77: no system within
 # the system can be entered.
-set -euo pipefail
+. "$(dirname "$0")/../../../script/lib/common.sh"
 
 version=$1
 extent=${2-}
 tools=$PWD/tests/product/package/clean_root
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 exec 2>&1
 
 # The packages that the package files depend on, without those that are among them.

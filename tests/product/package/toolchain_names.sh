@@ -3,15 +3,11 @@
 #
 # A toolchain file whose compiler is not named PREFIX-gcc must name the archiver too: without it,
 # script/bootstrap stops at once and says what to set; with it, goes on.
-set -euo pipefail
-
-# shellcheck source=script/lib/common.sh
 . script/lib/common.sh
 # shellcheck source=script/lib/device_recipe.sh disable=SC2034
 . script/lib/device_recipe.sh
 
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+make_scratch
 ln -s "$(command -v "$CC")" "$scratch/vendor-cc"
 cat >"$scratch/vendor.cmake" <<END
 set(CMAKE_SYSTEM_NAME Linux)

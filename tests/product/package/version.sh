@@ -4,21 +4,16 @@
 # The project's version, which CMakeLists.txt holds, is the one at the top of both changelogs, with
 # one day in both, and names the built shared library: its file wholly, its SONAME by the first
 # number, which the packages' files repeat. Every file names the same oldest CMake.
-set -euo pipefail
+. script/lib/common.sh
 
 version=$1
 library=$2
 major=${version%%.*}
-wrong=0
 
 # expect WHAT EXPECTED FOUND
 expect() {
-    if [ "$2" = "$3" ]; then
-        echo "ok      $1: $2"
-    else
-        echo "FAILED  $1: $3 instead of $2"
-        wrong=1
-    fi
+    [ "$2" = "$3" ] || die "$1: $3 instead of $2"
+    say "ok: $1: $2"
 }
 
 read -r _ entry day < <(grep '^## ' CHANGELOG.md)
@@ -40,4 +35,3 @@ cmake=$(sed -n 's/^cmake_minimum_required(VERSION \(.*\))/\1/p' CMakeLists.txt)
 expect 'the CMake it takes, in the presets' "$cmake" \
     "$(jq -r '.cmakeMinimumRequired | "\(.major).\(.minor)"' CMakePresets.json)"
 expect 'in debian/control' "$cmake" "$(sed -nE 's/^ cmake \(>= (.*)\),/\1/p' debian/control)"
-exit $wrong
