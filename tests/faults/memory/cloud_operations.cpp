@@ -1,14 +1,15 @@
-// Requests to the cloud, and what they read beforehand.
-#include <cstdlib>
+// Requests to the cloud, and the files that they depend on.
 #include <cstring>
+#include <utility>
 
+#include "base/owned.h"
 #include "cloud_http/endpoints.h"
 #include "cloud_http/file_upload.h"
 #include "cloud_http/proxy.h"
 #include "cloud_http/upload_url.h"
 #include "deployment.h"
 #include "operation.h"
-#include "peers.h"
+#include "servers.h"
 #include "testing/files.h"
 #include "testing/paths.h"
 
@@ -20,172 +21,150 @@ constexpr const char *kDnsFile = "/tmp/curlDNSFile";
 constexpr const char *kDownProxy =
     R"({"CloudProxySettings":{"enable":true,"proxyServer":"127.0.0.1","proxyServerPort":9}})";
 
-int g_result;
-char g_endpoint[1024];
+// ---- Upload URL: only a reply that says "OK" leaves one, and then the right one ----
 
-// Only a reply that says "OK" leaves a URL, and then the right one.
-std::string url_outcome() {
-    const std::string url = g_upload_url == nullptr                      ? "no URL"
-                            : std::strcmp(g_upload_url, kUploadUrl) == 0 ? "a URL"
-                                                                         : g_upload_url;
-    std::free(g_upload_url);
-    g_upload_url = nullptr;
-    g_detect_dns = 0;
-    std::memset(g_curl_dns_server, 0, sizeof g_curl_dns_server);
-    std::memset(g_proxy_server, 0, sizeof g_proxy_server);
-    clear_peers();
-    return transfer_result(g_result) + ", " + url;
-}
-
-void prepare_cloud() {
-    clear_peers();
-    std::strcpy(KDUMPS_url, "https://tfa.test/dev/tfaapi/kdumps");
-}
+void prepare_url() { std::strcpy(KDUMPS_url, "https://tfa.test/dev/tfaapi/kdumps"); }
 
 void ask_for_url() { g_result = api_TFA_post_data("{\"filename\": \"x.txt\"}"); }
 
-const std::vector<std::string> kUrlOrNone = {"done, a URL", "libcurl's code, no URL", "-1, no URL"};
+std::string url_outcome() {
+    const cloudagent::OwnedText url(std::exchange(g_upload_url, nullptr));
+    g_detect_dns = 0;
+    std::memset(g_curl_dns_server, 0, sizeof g_curl_dns_server);
+    std::memset(g_proxy_server, 0, sizeof g_proxy_server);
+    without_file(kDnsFile);
+    return transfer_result() + ", " +
+           (!url                                      ? "no URL"
+            : std::strcmp(url.get(), kUploadUrl) == 0 ? "a URL"
+                                                      : url.get());
+}
+
+std::string dns_outcome() {
+    const std::string outcome = result() + g_curl_dns_server;
+    url_outcome();
+    return outcome;
+}
 
 Operations url_rows() {
+    const std::vector<std::string> url_or_none = {"done, a URL", "libcurl's code, no URL",
+                                                  "-1, no URL"};
     return {
-        networked_from_cold("api_TFA_post_data", prepare_cloud, ask_for_url, url_outcome,
-                            kUrlOrNone),
-        networked(
-            "api_TFA_post_data, pinned name servers",
-            [] {
-                prepare_cloud();
-                g_detect_dns = 1;
-                world::write_file(kDnsFile, "127.0.0.1\n");
-            },
-            ask_for_url,
-            [] {
-                without_file(kDnsFile);
-                return url_outcome();
-            },
-            kUrlOrNone),
+        {"api_TFA_post_data", prepare_url, ask_for_url, url_outcome, url_or_none,
+         Reach::kNetworkFromCold},
+        {"api_TFA_post_data, pinned name servers",
+         [] {
+             prepare_url();
+             g_detect_dns = 1;
+             world::write_file(kDnsFile, "127.0.0.1\n");
+         },
+         ask_for_url, url_outcome, url_or_none, Reach::kNetwork},
         // libc's resolver is renewed after each.
-        networked_from_cold(
-            "api_TFA_post_data, an unknown host, twice",
-            [] {
-                prepare_cloud();
-                std::strcpy(KDUMPS_url, "https://unknown.test/kdumps");
-            },
-            [] {
-                ask_for_url();
-                ask_for_url();
-            },
-            url_outcome, {"libcurl's code, no URL"}),
+        {"api_TFA_post_data, an unknown host, twice",
+         [] { std::strcpy(KDUMPS_url, "https://unknown.test/kdumps"); },
+         [] {
+             ask_for_url();
+             ask_for_url();
+         },
+         url_outcome,
+         {"libcurl's code, no URL"},
+         Reach::kNetworkFromCold},
         // Settings that cannot be read mean no proxy, so the request may arrive after all.
-        networked("api_TFA_post_data, a proxy that is down",
-                  [] {
-                      prepare_cloud();
-                      world::write_file(kProxySettings, kDownProxy);
-                  },
-                  ask_for_url, url_outcome, {"libcurl's code, no URL", "done, a URL"}),
-        alone(
-            "ReadCurlDnsFile",
-            [] {
-                world::write_file(kDnsFile, "192.0.2.7\nnext\n");
-                std::memset(g_curl_dns_server, 0, sizeof g_curl_dns_server);
-            },
-            [] { g_result = ReadCurlDnsFile(); },
-            [] {
-                const std::string servers = g_curl_dns_server;
-                std::memset(g_curl_dns_server, 0, sizeof g_curl_dns_server);
-                without_file(kDnsFile);
-                return std::to_string(g_result) + ", " + servers;
-            },
-            {"0, 192.0.2.7\n", "-1, "}),
+        {"api_TFA_post_data, a proxy that is down",
+         [] {
+             prepare_url();
+             world::write_file(kProxySettings, kDownProxy);
+         },
+         ask_for_url,
+         url_outcome,
+         {"libcurl's code, no URL", "done, a URL"},
+         Reach::kNetwork},
+        {"ReadCurlDnsFile",
+         [] { world::write_file(kDnsFile, "192.0.2.7\nnext\n"); },
+         CALL(ReadCurlDnsFile()),
+         dns_outcome,
+         {"0, 192.0.2.7\n", "-1, "}},
     };
 }
 
-// The dump is on the device, or whole in the cloud, or both.
+// ---- Upload: the dump is on the device, or whole in the cloud, or both ----
+
+void prepare_dump() {
+    world::write_file(kDump, kContent);
+    memory_returns_at_sleep(0, kDump);
+}
+
 std::string upload_outcome() {
     const std::string whole = std::string("'") + kContent + "'";
     const std::string stored = content_of(kStoredUpload);
-    return (g_result == 1 ? "not opened" : transfer_result(g_result)) +
+    return (g_result == 1 ? "not opened" : transfer_result()) +
            (content_of(kDump) == whole ? ", kept" : ", gone") +
            (stored == whole    ? ", stored"
             : stored == "none" ? ", not stored"
                                : ", stored in part");
 }
 
-void prepare_dump() {
-    clear_peers();
-    world::write_file(kDump, kContent);
-    memory_returns_at_sleep(0, kDump);
-}
-
-const std::vector<std::string> kSentOrKept = {"done, gone, stored", "libcurl's code, kept, stored",
-                                              "libcurl's code, kept, not stored",
-                                              "not opened, kept, not stored"};
-
-// Ends without success only where the file cannot be opened, at the first or a later try.
-const std::vector<std::string> kSentOrNotOpened = {
-    "done, gone, stored", "not opened, kept, not stored", "not opened, kept, stored"};
-
-Operation upload_row(const char *situation, Reach reach, int flag, int memory_returns,
-                     const std::vector<std::string> &allowed,
-                     const std::vector<std::string> &allowed_cold) {
-    return {"api_TFA_post_FILE",
-            situation,
-            reach,
+// Memory is back at that pause; until then a retried upload ends only when the file cannot be
+// opened.
+Operation retried_row(const char *situation, Reach reach, int flag, int pause,
+                      const std::vector<std::string> &allowed_cold) {
+    return {std::string("api_TFA_post_FILE, ") + situation,
             [=] {
                 prepare_dump();
-                memory_returns_at_sleep(memory_returns, kDump);
+                memory_returns_at_sleep(pause, kDump);
             },
-            [=] { g_result = api_TFA_post_FILE(kDump, kUploadUrl, flag); },
+            CALL(api_TFA_post_FILE(kDump, kUploadUrl, flag)),
             upload_outcome,
-            allowed,
-            false,
+            {"done, gone, stored", "not opened, kept, not stored", "not opened, kept, stored"},
+            reach,
             allowed_cold};
 }
 
 Operations upload_rows() {
     return {
-        upload_row("once", Reach::kNetwork, 0, 0, kSentOrKept, {}),
-        upload_row("three times, memory back at the second pause", Reach::kNetwork, 1, 2,
-                   kSentOrNotOpened, {}),
-        upload_row("until done, memory back at the third pause", Reach::kNetworkFromCold, 2, 3,
-                   kSentOrNotOpened, {"not opened, gone, not stored"}),
-        networked("api_TFA_post_FILE, nobody answers", prepare_dump,
-                  [] { g_result = api_TFA_post_FILE(kDump, "https://127.0.0.1:9/", 0); },
-                  upload_outcome,
-                  {"libcurl's code, kept, not stored", "not opened, kept, not stored"}),
-        alone(
-            "api_TFA_post_FILE, no such file", [] { without_file(kDump); },
-            [] { g_result = api_TFA_post_FILE(kDump, kUploadUrl, 2); }, upload_outcome,
-            {"not opened, gone, not stored"}),
+        {"api_TFA_post_FILE, once",
+         prepare_dump,
+         CALL(api_TFA_post_FILE(kDump, kUploadUrl, 0)),
+         upload_outcome,
+         {"done, gone, stored", "libcurl's code, kept, stored", "libcurl's code, kept, not stored",
+          "not opened, kept, not stored"},
+         Reach::kNetwork},
+        retried_row("three times, memory back at the second pause", Reach::kNetwork, 1, 2, {}),
+        retried_row("until done, memory back at the third pause", Reach::kNetworkFromCold, 2, 3,
+                    {"not opened, gone, not stored"}),
+        {"api_TFA_post_FILE, nobody answers",
+         prepare_dump,
+         CALL(api_TFA_post_FILE(kDump, "https://127.0.0.1:9/", 0)),
+         upload_outcome,
+         {"libcurl's code, kept, not stored", "not opened, kept, not stored"},
+         Reach::kNetwork},
+        {"api_TFA_post_FILE, no such file",
+         [] { without_file(kDump); },
+         CALL(api_TFA_post_FILE(kDump, kUploadUrl, 2)),
+         upload_outcome,
+         {"not opened, gone, not stored"}},
     };
 }
 
-template <class Getter>
-Operation endpoint_getter(const char *function, Getter *getter, const std::string &path,
+// ---- Endpoints ----
+
+Operation endpoint_getter(const char *function, int (*get)(char *), const std::string &path,
                           const char *fallback) {
-    return alone(
-        function,
-        [=] {
-            world::write_file(path, "host/path");
-            std::memset(g_endpoint, 0, sizeof g_endpoint);
-        },
-        [=] { g_result = getter(g_endpoint); },
-        [=] {
-            without_file(path);
-            return std::to_string(g_result) + ", " + g_endpoint;
-        },
-        {"0, https://host/path", std::string("0, https://" CLOUD_TFA_HOST) + fallback});
+    return {function,
+            [=] { world::write_file(path, "host/path"); },
+            CALL(get(g_text)),
+            [=] {
+                without_file(path);
+                return result_and_text();
+            },
+            {"0, https://host/path", std::string("0, https://" CLOUD_TFA_HOST) + fallback}};
 }
 
-template <class Setter>
-Operation endpoint_setter(const char *function, Setter *set, const std::string &path) {
-    return alone(
-        function, [=] { world::write_file(path, "old"); }, [=] { g_result = set("https://new/"); },
-        [=] {
-            const std::string content = content_of(path);
-            without_file(path);
-            return std::to_string(g_result) + ", " + content;
-        },
-        {"0, 'https://new/'", "1, 'old'"});
+Operation endpoint_setter(const char *function, int (*set)(const char *), const std::string &path) {
+    return {function,
+            [=] { world::write_file(path, "old"); },
+            CALL(set("https://new/")),
+            [=] { return result() + taken(path); },
+            {"0, 'https://new/'", "1, 'old'"}};
 }
 
 Operations endpoint_rows() {

@@ -1,42 +1,29 @@
-// The table of what is tortured: one public function in one situation, a row each.
+// The table of tortured operations: a row for each public function in each situation.
 #pragma once
 
 #include <functional>
 #include <string>
 #include <vector>
 
-// Whether an operation talks to the peers of peers.h, and whether what it does as the first one of
-// a process, starting its libraries, is tortured as well.
+// Whether an operation needs the servers of servers.h, and whether its first call in a process,
+// which starts the libraries, is tortured as well.
 enum class Reach { kAlone, kNetwork, kNetworkFromCold };
 
 struct Operation {
-    std::string function;
-    std::string situation;
-    Reach reach = Reach::kAlone;
-    std::function<void()> prepare;         // sets files and variables up, before every call
+    std::string name;                      // the function; ", " and a situation may follow
+    std::function<void()> prepare;         // runs before every call
     std::function<void()> call;            // allocates nothing of its own
-    std::function<std::string()> outcome;  // what the call came to; releases what it handed out
-    // The outcomes that are allowed: the first with enough memory, any of them without.
-    std::vector<std::string> allowed;
-    bool may_end_by_assertion = false;
-    // And in a process in which OpenSSL's first start failed: it stays of no use there.
+    std::function<std::string()> outcome;  // in words; releases what the call handed out
+    std::vector<std::string> allowed;      // the first with enough memory, any of them without
+    Reach reach = Reach::kAlone;
+    // Also allowed where OpenSSL's first start has failed: it stays unusable in that process.
     std::vector<std::string> allowed_cold = {};
+    bool may_abort = false;  // by the documented assertion
 
-    std::string name() const { return situation.empty() ? function : function + ", " + situation; }
+    std::string function() const { return name.substr(0, name.find(", ")); }
 };
 
 using Operations = std::vector<Operation>;
-
-// Rows of each reach. Behind ", " the name goes on with the situation.
-Operation alone(const std::string &name, std::function<void()> prepare, std::function<void()> call,
-                std::function<std::string()> outcome, std::vector<std::string> allowed,
-                bool may_end_by_assertion = false);
-Operation networked(const std::string &name, std::function<void()> prepare,
-                    std::function<void()> call, std::function<std::string()> outcome,
-                    std::vector<std::string> allowed);
-Operation networked_from_cold(const std::string &name, std::function<void()> prepare,
-                              std::function<void()> call, std::function<std::string()> outcome,
-                              std::vector<std::string> allowed);
 
 // All rows of several tables.
 Operations joined(const std::vector<Operations> &tables);
@@ -52,19 +39,36 @@ Operations job_operations();
 
 Operations all_operations();
 
-// ---- Words for the rows' outcomes ----
+// ---- For the rows. Both variables are empty and the servers as usual before each prepare(). ----
 
-// "done" for 0, "libcurl's code" for one of those, else the number.
-std::string transfer_result(int result);
+extern long g_result;
+extern char g_text[1024];
+
+// The call of a row that keeps its result.
+#define CALL(...) [=] { g_result = static_cast<long>(__VA_ARGS__); }
+
+inline void nothing() {}
+
+// "0, " for the result 0.
+std::string result();
+
+// "0, " and the text.
+std::string result_and_text();
+
+// "done" for the result 0, "libcurl's code" for one of those, else the number.
+std::string transfer_result();
 
 // The file's content in quotes, or "none".
 std::string content_of(const std::string &path);
 
+// The same; removes the file.
+std::string taken(const std::string &path);
+
 // Removes a file, if it is there.
 void without_file(const std::string &path);
 
-// For the next call: memory is back at its sleep() of that number, and `file` is removed when it
-// sleeps so often that it would never end.
+// For the next call: memory is back at its sleep() of that number; sleep() removes `file` before
+// the call would retry forever.
 void memory_returns_at_sleep(int number, const char *file);
 
 // The console since the row was prepared, without time stamps.

@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "log/log.h"
+#include "servers.h"
 #include "testing/descriptors.h"
 #include "testing/files.h"
 #include "worker.h"
@@ -32,7 +33,7 @@ std::string judge(const Operation &operation, Form form, const std::string &outc
     const auto &cold = operation.allowed_cold;
     return form == Form::kCold && std::find(cold.begin(), cold.end(), outcome) != cold.end()
                ? ""
-               : "came to <" + outcome + ">\n";
+               : "the outcome is <" + outcome + ">\n";
 }
 
 int note_caller(const MemoryRequest *request) {
@@ -41,8 +42,11 @@ int note_caller(const MemoryRequest *request) {
     return 1;
 }
 
-// The outcome, put into words; what the call handed out is released.
+// Calls the operation; a complaint, or empty.
 std::string call(const Operation &operation, Form form, MemoryMode mode, std::size_t point) {
+    reset_servers();
+    g_result = 0;
+    std::memset(g_text, 0, sizeof g_text);
     operation.prepare();
     empty_streams();
     const long opened = open_descriptors();
@@ -59,7 +63,7 @@ std::string call(const Operation &operation, Form form, MemoryMode mode, std::si
            (left_open ? "left a descriptor open\n" : "");
 }
 
-// One run in this process.
+// One run in this process; the report receives its complaint.
 void run_once(const Operation &operation, Form form, MemoryMode mode, std::size_t point) {
     const std::size_t live = memory_live();
     const auto tell = [&](const std::string &complaint) {
@@ -76,7 +80,8 @@ void run_once(const Operation &operation, Form form, MemoryMode mode, std::size_
         g_report->allocations = memory_asked();
 }
 
-// A leak loses memory every time; what a library keeps from its first use or failure on, once.
+// A leak loses memory every time. A library that keeps a block from its first use or failure on loses
+// it once.
 void run_warm(const Operation &operation, MemoryMode mode, std::size_t point) {
     const std::size_t points = g_report->points;
     for (int i = 0; i < 3; ++i) {
@@ -106,8 +111,7 @@ void complain(Sweep &sweep, std::size_t point, const std::string &what) {
         sweep.tally.complaint = "allocation " + std::to_string(point) + ": " + what;
 }
 
-// A worker's life: in the warm form all points from that one on, in the cold one a single one. It
-// stops after a complaint.
+// In a worker: all points from that one on (warm) or that one only (cold). It stops after a complaint.
 void work(const Sweep &sweep, std::size_t index) {
     take_streams();
     watch_faults();
@@ -140,8 +144,8 @@ int run_worker(const std::function<void()> &life) {
     return status;
 }
 
-// Not this project's to mend: OpenSSL that faults at its first start, or that cannot go on after
-// one of its own allocations has failed.
+// Faults of OpenSSL, which this project cannot mend: at its first start, or after one of its own
+// allocations has failed.
 bool is_library_fault(Form form, int status, const std::string &fault) {
     if (WIFEXITED(status))
         return WEXITSTATUS(status) == kEndlessWait && !fault.empty();
@@ -159,7 +163,7 @@ bool is_documented_assertion(const Sweep &sweep, int status) {
     const bool told =
         errors.find(kAssertion) != std::string::npos ||
         (sweep.mode == MEMORY_FAILS_ONWARD && errors.find("Unexpected error") != std::string::npos);
-    return sweep.operation.may_end_by_assertion && WTERMSIG(status) == SIGABRT && told;
+    return sweep.operation.may_abort && WTERMSIG(status) == SIGABRT && told;
 }
 
 void take_end(Sweep &sweep, int status) {
@@ -197,7 +201,7 @@ Needs count_allocations(const Operation &operation, Form form) {
             run_once(operation, Form::kCold, MEMORY_FAILS_ONCE, 0);
     });
     if (status != 0 || g_report->complaint[0] != '\0')
-        throw std::runtime_error(operation.name() + " fails with all memory: wait status " +
+        throw std::runtime_error(operation.name + " fails with all memory: wait status " +
                                  std::to_string(status) + " " + g_report->fault + "\n" +
                                  g_report->complaint + world::read_file_if_any(kErrors));
     Needs needs = {g_report->allocations, {}};

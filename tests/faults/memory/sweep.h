@@ -1,4 +1,4 @@
-// One operation again and again, with another of its allocations failing each time.
+// Runs one operation again and again; another of its allocations fails each time.
 #pragma once
 
 #include <cstddef>
@@ -10,15 +10,15 @@
 #include "testing/failing_memory.h"
 
 // Warm: in a process that has run the operation before. Cold: in a fresh process each time, where
-// libraries are used for the first time; what they keep for good is no leak.
+// libraries are used for the first time; blocks that they keep for good are no leak.
 enum class Form { kWarm, kCold };
 
 struct Tally {
     std::size_t points = 0;    // runs in which at least one failed
     std::size_t asserted = 0;  // of these, ended by the documented assertion
-    std::map<std::string, std::size_t> library_faults;  // what OpenSSL did -> so many runs
-    unsigned long outcomes = 0;                         // a bit for each of those allowed that came
-    std::string complaint;                              // the first; empty: all is well
+    std::map<std::string, std::size_t> library_faults;  // fault of OpenSSL -> runs that it ended
+    unsigned long outcomes = 0;  // a bit for each allowed outcome that occurred
+    std::string complaint;       // the first, if any
     std::size_t complaints = 0;
 };
 

@@ -1,22 +1,15 @@
-/*
- * Usage: torture [--alone] [--sample] [--functions] [--at NUMBER] [WORD]
- *
- * Runs every public function with each allocation that it and its libraries make failing in turn,
- * once and from then on, and holds what it comes to against its documentation. --alone: only the
- * operations that need no peer. --sample: fewer points of those that do. --functions: names the
- * functions and does nothing. --at: only that allocation fails, alone and with all that follow.
- * WORD: only the operations with that word in their name.
- */
+// Runs every public function with each allocation that it and its libraries make failing in turn, once
+// and from then on, and compares the outcome with its documentation.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "operation.h"
-#include "peers.h"
+#include "servers.h"
 #include "sweep.h"
 #include "testing/private_world.h"
 
@@ -33,27 +26,9 @@ struct Wanted {
 
     bool wants(const Operation &operation) const {
         return (!alone || operation.reach == Reach::kAlone) &&
-               operation.name().find(word) != std::string::npos;
+               operation.name.find(word) != std::string::npos;
     }
 };
-
-Wanted read_arguments(int argc, char **argv) {
-    Wanted wanted;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        if (argument == "--alone")
-            wanted.alone = true;
-        else if (argument == "--sample")
-            wanted.sample = true;
-        else if (argument == "--functions")
-            wanted.functions = true;
-        else if (argument == "--at" && i + 1 < argc)
-            wanted.at = std::stoul(argv[++i]);
-        else
-            wanted.word = argument;
-    }
-    return wanted;
-}
 
 struct Totals {
     std::size_t operations = 0;
@@ -65,7 +40,7 @@ struct Totals {
 
 const char *form_word(Form form) { return form == Form::kWarm ? "warm" : "cold"; }
 
-// All, or a sample: what OpenSSL asks for is most of it and much alike.
+// All, or a sample that leaves out most of OpenSSL's: these are many and much alike.
 std::vector<std::size_t> chosen_points(const Operation &operation, const Needs &needs,
                                        const Wanted &wanted) {
     if (wanted.at != 0)
@@ -87,7 +62,7 @@ unsigned long run(const Operation &operation, Form form, const Wanted &wanted, T
     const std::vector<std::size_t> points = chosen_points(operation, needs, wanted);
     for (const auto mode : {MEMORY_FAILS_ONCE, MEMORY_FAILS_ONWARD}) {
         const Tally tally = sweep(operation, form, mode, points);
-        std::printf("%s, %s, %s: %zu allocations, %zu failure points\n", operation.name().c_str(),
+        std::printf("%s, %s, %s: %zu allocations, %zu failure points\n", operation.name.c_str(),
                     form_word(form), mode == MEMORY_FAILS_ONCE ? "once" : "from then on",
                     needs.allocations, tally.points);
         if (tally.complaints != 0)
@@ -104,12 +79,12 @@ unsigned long run(const Operation &operation, Form form, const Wanted &wanted, T
     return outcomes;
 }
 
-// An outcome that the table allows and that never occurs is a complaint.
+// An allowed outcome that never occurs is a complaint.
 void miss_outcomes(const Operation &operation, unsigned long outcomes, Totals &totals) {
     for (std::size_t i = 0; i < operation.allowed.size(); ++i) {
         if ((outcomes >> i & 1) == 0) {
             ++totals.complaints;
-            std::printf("  COMPLAINT: %s never came to <%s>\n", operation.name().c_str(),
+            std::printf("  COMPLAINT: %s never had the outcome <%s>\n", operation.name.c_str(),
                         operation.allowed[i].c_str());
         }
     }
@@ -142,16 +117,24 @@ int report(const Totals &totals) {
 }  // namespace
 
 int main(int argc, char **argv) {
-    const Wanted wanted = read_arguments(argc, argv);
+    Wanted wanted;
+    bool functions = false;
+    CLI::App app("Fails each allocation of every public function.");
+    app.add_flag("--alone", wanted.alone, "only the operations that need no server");
+    app.add_flag("--sample", wanted.sample, "fewer points of the others");
+    app.add_flag("--functions", functions, "names the functions, and ends");
+    app.add_option("--at", wanted.at, "only this allocation, alone and with all that follow");
+    app.add_option("WORD", wanted.word, "only the operations with this word in their name");
+    CLI11_PARSE(app, argc, argv);
     const Operations operations = all_operations();
-    if (wanted.functions) {
+    if (functions) {
         for (const Operation &operation : operations)
-            std::printf("%s\n", operation.function.c_str());
+            std::printf("%s\n", operation.function().c_str());
         return 0;
     }
     world::enter();
     world::reset();
-    start_peers();
+    start_servers();
     Totals totals;
     for (const Operation &operation : operations) {
         if (wanted.wants(operation))

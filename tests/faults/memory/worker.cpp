@@ -34,7 +34,7 @@ bool is_in(const void *address, const char *function) {
            std::strcmp(place.dli_sname, function) == 0;
 }
 
-// Notes the first place on the way down that is not libc's and not this function.
+// Notes the innermost place that is neither libc's nor this function.
 void name_fault(int) {
     void *frames[kMostFrames];
     const int count = backtrace(frames, kMostFrames);
@@ -52,7 +52,7 @@ void name_fault(int) {
     raise(SIGSEGV);
 }
 
-// A transfer that will never end: what libcurl waits for, OpenSSL does not do any more.
+// A transfer that never ends: libcurl waits for OpenSSL, which has given up.
 void name_wait(int) {
     void *frames[kMostFrames];
     const int count = backtrace(frames, kMostFrames);

@@ -1,4 +1,4 @@
-// The process in which an operation is tortured, and what it tells the one that waits for it.
+// The process in which an operation is tortured, and its report to the parent.
 #pragma once
 
 #include <cstddef>
@@ -15,22 +15,22 @@ struct Report {
     bool of_openssl[kMostAllocations];  // by number, the first is 1
     std::size_t index;                  // of the point under way
     std::size_t points;
-    unsigned long outcomes;  // a bit for each of those allowed that came
+    unsigned long outcomes;  // a bit for each allowed outcome that occurred
     bool blocks_left;        // by the run before
     char complaint[4096];    // of the point under way
-    char fault[256];         // where a signal met it
+    char fault[256];         // the place of a signal or an endless wait
 };
 
 extern Report *g_report;
 
-// Memory that this process and those it forks share, once.
+// Shares g_report between this process and those that it forks.
 void share_report();
 
-// The streams of a worker; those of stdio have their buffers before memory is watched.
+// Redirects a worker's streams. Those of stdio get their buffers before memory is watched.
 void take_streams();
 void empty_streams();
 
 bool is_in_openssl(const void *address);
 
-// From now on signals and endless waits are told.
+// From now on the report names the place of a signal or an endless wait.
 void watch_faults();

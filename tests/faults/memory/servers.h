@@ -1,15 +1,15 @@
-// Local service and cloud, in a process of their own: the tortured one uses TLS for the first time
-// only when an operation does.
+// The local service and the cloud, in a process of their own: the tortured one first uses TLS in an
+// operation.
 #pragma once
 
 #include <string>
 
-// What the peers keep for the operations' outcomes, one file each.
+// The servers record here, for the operations' outcomes, one file each.
 inline const std::string kStoredUpload = "/run/world/torture/upload";
 inline const std::string kLocalChange = "/run/world/torture/change";
 
-// What an operation's set-up tells them: the payload of the proxy settings, where it is not "off",
-// and that failure logs are forbidden, by being there.
+// An operation's set-up writes these: proxy settings other than "off"; any content forbids failure
+// logs.
 inline const std::string kProxySettings = "/run/world/torture/proxy";
 inline const std::string kNoFailLogs = "/run/world/torture/no_fail_logs";
 
@@ -18,7 +18,7 @@ inline constexpr const char *kTimeHost = "time.test";  // demands none
 inline constexpr const char *kUploadUrl = "https://tfa.test/put";
 
 // Starts them on 127.0.0.1, ports 8000 and 443 (TLS). They end with this program.
-void start_peers();
+void start_servers();
 
-// Forgets all four.
-void clear_peers();
+// Removes all four files.
+void reset_servers();

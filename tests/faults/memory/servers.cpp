@@ -1,4 +1,4 @@
-#include "peers.h"
+#include "servers.h"
 
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -79,11 +79,11 @@ int serve(int ready) {
 
 }  // namespace
 
-void start_peers() {
+void start_servers() {
     std::filesystem::create_directories("/run/world/torture");
     world::add_host(kCloudHost);
     world::add_host(kTimeHost, kTimeAddress);
-    clear_peers();
+    reset_servers();
     int ready[2];
     if (pipe(ready) != 0)
         throw std::runtime_error("no pipe");
@@ -91,11 +91,11 @@ void start_peers() {
     close(ready[1]);
     char nothing;
     if (read(ready[0], &nothing, 1) != 1)
-        throw std::runtime_error("the peers cannot be started");
+        throw std::runtime_error("the servers cannot be started");
     close(ready[0]);
 }
 
-void clear_peers() {
+void reset_servers() {
     for (const std::string &file : {kStoredUpload, kLocalChange, kProxySettings, kNoFailLogs})
         unlink(file.c_str());
 }
