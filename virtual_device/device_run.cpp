@@ -46,7 +46,7 @@ void DeviceRun::place_programs() {
     place("kdump", setup_.kdump);
     if (const std::string agent = inside(AGENT_PROGRAM); exists(agent))
         place("agent", agent);
-    place("cloudagent-run", "busybox sh " + inside(RUN_SCRIPT));
+    place("cloudagent-run", "${RUN_SHELL:-busybox sh} " + inside(RUN_SCRIPT));
     if (scenario_.stop_after_sleeps > 0)
         write_file(kSleepLimit, std::to_string(scenario_.stop_after_sleeps));
 }
