@@ -58,7 +58,7 @@ const Expansion kExpansions[] = {
     {"https://host/a%20d%2Fc", "https://host/a                   00.000000c"},
 };
 
-TEST_F(SecondFormat, GivesAStandInToEachConversion) {
+TEST_F(SecondFormat, GivesAZeroToEachConversion) {
     for (const Expansion &row : kExpansions) {
         EXPECT_EQ(in_file(row.message), row.in_file) << row.message;
         EXPECT_EQ(logged(), row.message);
