@@ -48,8 +48,7 @@ int print(std::FILE *out, const char *conversion, char kind) noexcept {
             return 0;
         case '%':
             return std::fputc('%', out);
-        case 's':
-            return std::fprintf(out, conversion, "(null)");
+        case 's':  // prints "(null)", or nothing where that does not fit
         case 'p':
             return std::fprintf(out, conversion, static_cast<void *>(nullptr));
         default:
