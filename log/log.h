@@ -23,7 +23,7 @@ extern char g_log_path[128];
 /// format, ...: as for printf; a null text prints as "(null)". The message is never cut.
 ///
 /// Intentional quirk: the file sink takes the finished line as a format without arguments. A
-/// conversion that came in through an argument prints as zero, "(null)" or nothing there; the
+/// conversion that came in through an argument prints as zero, a null pointer or nothing there; the
 /// console shows it unchanged. A line that the file does not take, be it for a conversion that
 /// stdio refuses, is reported on standard output. A line that cannot be allocated is dropped.
 void cloud_log(const char *format, ...) CLOUD_NOEXCEPT __attribute__((format(printf, 1, 2)));

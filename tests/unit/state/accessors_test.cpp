@@ -5,8 +5,8 @@
 
 #include "deployment.h"
 #include "state_test.h"
-#include "testing/guarded.h"
 #include "testing/exhaustive.h"
+#include "testing/guarded.h"
 #include "testing/open_watch.h"
 
 namespace {
