@@ -217,8 +217,9 @@ void Machine::bring_files_back() {
     for (const char *folder : {"/tmp", "/mnt", kDeviceDir}) {
         clear_directory(folder);
     }
-    const Finished unpacked = world::run(
-        Command({"tar", "--no-same-owner", "-xf", std::string(kWork) + "/results", "-C", "/"}));
+    const Finished unpacked =
+        world::run(Command({"tar", "--no-same-owner", "--warning=no-timestamp", "-xf",
+                            std::string(kWork) + "/results", "-C", "/"}));
     if (packed.status != 0 || unpacked.status != 0) {
         fail("the machine's files cannot be read back");
     }
