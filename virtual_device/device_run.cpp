@@ -101,7 +101,8 @@ Command DeviceRun::on_device(const std::vector<std::string> &words) const {
 
 void DeviceRun::boot_machine() {
     machine_ = std::make_unique<Machine>(MachineSetup{setup_.machine, setup_.kdump, SLEEP_STAND_IN,
-                                                      setup_.memory_mb, setup_.console_arrived});
+                                                      inside(RUN_SCRIPT), setup_.memory_mb,
+                                                      setup_.console_arrived});
 }
 
 void DeviceRun::run_on_machine(const std::string &line) {
@@ -112,21 +113,24 @@ void DeviceRun::run_on_machine(const std::string &line) {
     if (!scenario_.real_sleep) {
         settings += "export LD_PRELOAD=/usr/lib/machine/sleep_stand_in.so;";
     }
+    const int reboots = machine_->reboots();
     const Machine::Ended end = machine_->run(settings + line);
     CommandResult result;
     result.line = line;
     result.exit_status = end.status;
     result.console = end.console;
     outcome_.commands.push_back(std::move(result));
+    if (machine_->reboots() > reboots) {
+        before_boot_ = outcome_.commands.size();
+    }
 }
 
 void DeviceRun::collect_from_machine() {
     machine_->bring_files_back();
-    int number = 0;
-    for (CommandResult &command : outcome_.commands) {
-        const std::string end = "." + std::to_string(++number);
-        command.output = read_file_if_any(kOutputFile + end);
-        command.errors = read_file_if_any(kErrorsFile + end);
+    for (size_t at = before_boot_; at < outcome_.commands.size(); ++at) {
+        const std::string end = "." + std::to_string(at - before_boot_ + 1);
+        outcome_.commands[at].output = read_file_if_any(kOutputFile + end);
+        outcome_.commands[at].errors = read_file_if_any(kErrorsFile + end);
     }
 }
 

@@ -80,6 +80,7 @@ class DeviceRun {
     std::vector<Daemon> daemons_;
     Console console_;
     std::unique_ptr<Machine> machine_;
+    size_t before_boot_ = 0;  // commands whose outputs a reboot of the machine has removed
 };
 
 }  // namespace world

@@ -49,7 +49,7 @@ std::string in_base64(const std::string &text) {
 Child start_qemu(const MachineSetup &setup, int line) {
     std::filesystem::create_directories(kWork);
     return spawn(Command({"sh", MACHINE_PARTS "/boot", setup.folder, kWork, setup.program,
-                          setup.stand_in, std::to_string(setup.memory_mb)})
+                          setup.stand_in, setup.run_script, std::to_string(setup.memory_mb)})
                      .redirect(STDIN_FILENO, line)
                      .redirect(STDOUT_FILENO, line)
                      .redirect(STDERR_FILENO, kErrors));

@@ -15,10 +15,11 @@
 namespace world {
 
 struct MachineSetup {
-    std::string folder;    // what script/bootstrap --machine has made, or the like
-    std::string program;   // kdump
-    std::string stand_in;  // preloaded with a run whose sleeps are recorded
-    int memory_mb = 96;    // the kernel keeps a third of it
+    std::string folder;      // what script/bootstrap --machine has made, or the like
+    std::string program;     // kdump
+    std::string stand_in;    // preloaded with a run whose sleeps are recorded
+    std::string run_script;  // cloudagent-run
+    int memory_mb = 96;      // the kernel keeps a third of it
     std::function<void(std::string_view)> console_arrived;
 };
 
@@ -44,7 +45,7 @@ class Machine {
     int reboots() const { return reboots_; }
 
     // Replaces the world's /tmp, /mnt and working directory by the machine's. /run/world gets its
-    // record of sleeps, and the outputs of command N (from 1) as output.N and errors.N.
+    // record of sleeps, and the outputs of command N since the boot (from 1) as output.N, errors.N.
     void bring_files_back();
 
   private:
