@@ -19,10 +19,13 @@
 
 #include "finished.h"
 #include "testing/daemon.h"
+#include "testing/named_row.h"
 #include "testing/shown_folders.h"
 #include "testing/world_test.h"
 
 namespace {
+
+using testing::HasSubstr;
 
 int process_count() {
     int count = 0;
@@ -43,39 +46,55 @@ bool eventually(Condition condition) {
 
 class VirtualDevice : public world::WorldTest {};
 
-TEST_F(VirtualDevice, TellsTheStoryOfAGoodRun) {
-    const Finished run = virtual_device("run --scenario segmentrace");
-    EXPECT_EQ(run.status, 0) << run.output;
-    for (const char *part : {"main 900 segmentrace", "POST  https://", "PUT   https://", "equal",
-                             "removed /mnt/data/iss_config/segmentrace.txt", "All as it should be"})
-        EXPECT_NE(run.output.find(part), std::string::npos) << part << run.output;
-    EXPECT_EQ(run.output.find('\x1b'), std::string::npos) << "no colours but on a terminal";
-}
-
 TEST_F(VirtualDevice, TheReadmeShowsWhatTheDemoPrints) {
     const std::string readme = world::read_file(world::inside(PROJECT_README));
     const size_t from = readme.find("```\nOn the virtual device: ") + 4;
     const std::string shown = readme.substr(from, readme.find("```", from) - from);
     const Finished run = virtual_device("run --scenario segmentrace");
+    EXPECT_EQ(run.status, 0);
     EXPECT_EQ(world::without_stamps(shown), world::without_stamps(run.output));
 }
 
-TEST_F(VirtualDevice, ADifferenceFailsAndIsShown) {
+struct Call : NamedRow {
+    std::string arguments;
+    int status;
+    std::vector<std::string> shown;
+};
+
+class VirtualDeviceCall : public VirtualDevice, public testing::WithParamInterface<Call> {};
+
+TEST_P(VirtualDeviceCall, EndsWithItsStatusAndShows) {
     world::write_file("/tmp/odd/odd.json", R"({"about": "a", "run": ["kdump coredump"]})");
     world::write_file("/tmp/odd/odd.expected",
                       "== run: kdump coredump\nexit 0\n== console\nmain 7\n");
-    const Finished run = virtual_device("run --check --scenario /tmp/odd/odd.json");
-    EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.output.find("-main 7\n"), std::string::npos) << run.output;
-    EXPECT_NE(run.output.find("+main 1491\n"), std::string::npos) << run.output;
+    world::write_file("/tmp/typed", "kdump coredump\npwd\nexit\n");
+    const Finished run = virtual_device(GetParam().arguments);
+    EXPECT_EQ(run.status, GetParam().status);
+    for (const std::string &part : GetParam().shown) {
+        EXPECT_THAT(run.output, HasSubstr(part));
+    }
 }
 
-TEST_F(VirtualDevice, PassesOutputAndStatusOfACommand) {
-    const Finished run =
-        virtual_device("run -- sh -c 'echo here; cat /proc/sys/kernel/hostname; exit 7'");
-    EXPECT_EQ(run.status, 7);
-    EXPECT_NE(run.output.find("here\ndevice\n"), std::string::npos) << run.output;
-}
+INSTANTIATE_TEST_SUITE_P(
+    Of, VirtualDeviceCall,
+    testing::Values(
+        Call{"ADifferenceFails",
+             "run --check --scenario /tmp/odd/odd.json",
+             1,
+             {"-main 7\n", "+main 1491\n"}},
+        Call{"ACommandsOutputAndStatus",
+             "run -- sh -c 'echo here; cat /proc/sys/kernel/hostname; exit 7'",
+             7,
+             {"here\ndevice\n"}},
+        Call{"TheList", "scenarios", 0, {"upload-drops-midway"}},
+        Call{"NoScenario", "run --scenario nonsense", 1, {"virtual_device scenarios"}},
+        Call{"TheShellsGreeting", "shell </dev/null", 0, {"virtual-device"}},
+        Call{"TheShellKnowsTheProgram", "shell </tmp/typed", 0, {"main 1491", "/run/device"}},
+        Call{"NoCommand", "", 106, {}}, Call{"Help", "--help", 0, {"scenarios"}},
+        Call{"HelpOfRun", "run --help", 0, {}}, Call{"HelpOfShell", "shell --help", 0, {}},
+        Call{"HelpOfServe", "serve --help", 0, {}},
+        Call{"HelpOfScenarios", "scenarios --help", 0, {}}),
+    RowName());
 
 TEST_F(VirtualDevice, WritesTheWholeRecord) {
     ASSERT_EQ(virtual_device("run --scenario RAM --json /tmp/record.json").status, 0);
@@ -88,25 +107,6 @@ TEST_F(VirtualDevice, WritesTheWholeRecord) {
     EXPECT_EQ(record["local_service"]["/api/system/settings/ledblink"]["systemLED"], "solidLight");
 }
 
-TEST_F(VirtualDevice, ListsScenariosAndExplainsItself) {
-    EXPECT_NE(virtual_device("scenarios").output.find("upload-drops-midway"), std::string::npos);
-    for (const char *of : {"", "run", "shell", "serve", "scenarios"})
-        EXPECT_EQ(virtual_device(std::string(of) + " --help").status, 0) << of;
-    EXPECT_NE(virtual_device("").status, 0);
-    const Finished run = virtual_device("run --scenario nonsense");
-    EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.output.find("virtual_device scenarios"), std::string::npos) << run.output;
-}
-
-TEST_F(VirtualDevice, TheShellKnowsTheProgram) {
-    const Finished run = virtual_device("shell </dev/null");
-    EXPECT_NE(run.output.find("virtual-device"), std::string::npos) << run.output;
-    world::write_file("/tmp/typed", "kdump coredump\npwd\nexit\n");
-    const Finished typed = virtual_device("shell </tmp/typed");
-    EXPECT_NE(typed.output.find("main 1491"), std::string::npos) << typed.output;
-    EXPECT_NE(typed.output.find("/run/device"), std::string::npos) << typed.output;
-}
-
 TEST_F(VirtualDevice, TheKernelSeesOneWriteForEachLine) {
     const Finished run = virtual_device(
         "run -- strace -qq -f -s 9999 -e trace=openat,write -e write=none -o /dev/stdout kdump "
@@ -116,11 +116,11 @@ TEST_F(VirtualDevice, TheKernelSeesOneWriteForEachLine) {
     int traced = 0;
     for (std::string call; std::getline(calls, call);) {
         if (call.find("/dev/console") != std::string::npos) {
-            EXPECT_THAT(call, testing::HasSubstr(", O_WRONLY|O_NOCTTY|O_CLOEXEC) ="));
+            EXPECT_THAT(call, HasSubstr(", O_WRONLY|O_NOCTTY|O_CLOEXEC) ="));
             ++consoles;
         }
         if (call.find(" write(2, ") != std::string::npos) {
-            EXPECT_THAT(call, testing::HasSubstr("\\n\", "));
+            EXPECT_THAT(call, HasSubstr("\\n\", "));
             ++traced;
         }
     }
@@ -139,11 +139,11 @@ TEST_F(VirtualDevice, TwoDoNotSeeEachOther) {
     std::thread beside([&] { second = virtual_device(other); });
     const Finished first = virtual_device(one);
     beside.join();
-    EXPECT_NE(first.output.find("mine\n"), std::string::npos) << first.output;
+    EXPECT_THAT(first.output, HasSubstr("mine\n"));
     EXPECT_EQ(first.output.find("/tmp/theirs\n"), std::string::npos) << first.output;
-    EXPECT_NE(second.output.find("other\n"), std::string::npos) << second.output;
+    EXPECT_THAT(second.output, HasSubstr("other\n"));
     for (const std::string &output : {first.output, second.output})
-        EXPECT_NE(output.find("equal"), std::string::npos) << output;
+        EXPECT_THAT(output, HasSubstr("equal"));
 }
 
 // Started from a folder that the device has one of its own of.
@@ -182,7 +182,7 @@ TEST_F(VirtualDevice, KilledItLeavesNothing) {
 TEST_F(VirtualDevice, ServesUntilInterrupted) {
     world::Daemon device = start_serving();
     EXPECT_EQ(device.end(SIGINT).status, 0);
-    EXPECT_NE(device.output().find("Requests, in order"), std::string::npos);
+    EXPECT_THAT(device.output(), HasSubstr("Requests, in order"));
 }
 
 TEST_F(VirtualDevice, AFleetDeliversAfterAnOutage) {
@@ -223,7 +223,7 @@ TEST_F(VirtualDevice, SaysWhatForbidsNamespaces) {
     EXPECT_EQ(run.status, 1);
     for (const char *setting : {"user.max_user_namespaces", "kernel.unprivileged_userns_clone",
                                 "kernel.apparmor_restrict_unprivileged_userns", "--privileged"})
-        EXPECT_NE(run.output.find(setting), std::string::npos) << run.output;
+        EXPECT_THAT(run.output, HasSubstr(setting));
 }
 
 }  // namespace
