@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "cloud_http/upload_url.h"
 #include "deployment.h"
@@ -84,17 +85,21 @@ TEST_F(JobGuard, LeavesAnEmptyMarker) {
     EXPECT_EQ(world::list_files("/tmp"), std::vector<std::string>{kMarker});
 }
 
-TEST_F(JobGuard, LoadsTheDefaultUrlAndLogsIt) {
-    EXPECT_EQ(start_processing(kMarker), 0u);
-    EXPECT_EQ(KDUMPS_url, kDefaultUrl);
-    EXPECT_EQ(logged(), url_line(kDefaultUrl));
-}
-
-TEST_F(JobGuard, LoadsTheUrlOfTheOverrideFile) {
+TEST_F(JobGuard, LoadsAndLogsTheUrlThenStartsTheWholeHttpLibraryOnce) {
     world::write_file(kStatus + "KDUMPS_file", "https://cloud.example.com/%d");
-    EXPECT_EQ(start_processing(kMarker), 0u);
-    EXPECT_STREQ(KDUMPS_url, "https://cloud.example.com/%d");
-    EXPECT_EQ(logged(), url_line("https://cloud.example.com/%d"));
+    for (const std::string &url : {std::string("https://cloud.example.com/%d"), kDefaultUrl}) {
+        library_starts.clear();
+        g_http_initialised = 0;
+        EXPECT_EQ(start_processing(kMarker), 0u);
+        EXPECT_EQ(KDUMPS_url, url);
+        EXPECT_EQ(library_starts, std::vector<long>{CURL_GLOBAL_ALL});
+        EXPECT_EQ(g_http_initialised, 1);
+        EXPECT_EQ(log_at_library_start, url_line(url));
+        EXPECT_EQ(logged(), url_line(url));
+        std::filesystem::remove(kMarker);
+        std::filesystem::remove(kStatus + "KDUMPS_file");
+        KDUMPS_url[0] = '\0';
+    }
 }
 
 TEST_F(JobGuard, NotesWhetherTheTurnFileIsThere) {
@@ -107,37 +112,22 @@ TEST_F(JobGuard, NotesWhetherTheTurnFileIsThere) {
     EXPECT_EQ(world::read_file(kTurnFile), "");
 }
 
-TEST_F(JobGuard, StartsTheWholeHttpLibraryOnceAtTheEnd) {
-    EXPECT_EQ(start_processing(kMarker), 0u);
-    EXPECT_EQ(library_starts, std::vector<long>{CURL_GLOBAL_ALL});
-    EXPECT_EQ(library_starts.front(), 3);
-    EXPECT_EQ(log_at_library_start, url_line(kDefaultUrl));
-    EXPECT_EQ(g_http_initialised, 1);
-}
-
-TEST_F(JobGuard, RefusesWhileAMarkerExists) {
-    world::write_file(kMarker, "anything");
-    expect_refused(kMarker);
-    EXPECT_EQ(world::read_file(kMarker), "anything");
-}
-
 TEST_F(JobGuard, RefusesWhateverKindOfFileTheMarkerIs) {
     world::write_file("/tmp/target", "kept");
-    for (const char *kind : {"folder", "link", "dangling link", "fifo"}) {
+    const std::pair<const char *, std::function<void()>> kinds[] = {
+        {"folder", [] { std::filesystem::create_directory(kMarker); }},
+        {"link", [] { std::filesystem::create_symlink("/tmp/target", kMarker); }},
+        {"dangling link", [] { std::filesystem::create_symlink("/tmp/nowhere", kMarker); }},
+        {"fifo", [] { ASSERT_EQ(mkfifo(kMarker, 0600), 0); }},
+        {"file", [] { world::write_file(kMarker, "anything"); }},
+    };
+    for (const auto &[kind, make] : kinds) {
         SCOPED_TRACE(kind);
-        const std::string word = kind;
         std::filesystem::remove(kMarker);
-        if (word == "folder") {
-            std::filesystem::create_directory(kMarker);
-        } else if (word == "link") {
-            std::filesystem::create_symlink("/tmp/target", kMarker);
-        } else if (word == "dangling link") {
-            std::filesystem::create_symlink("/tmp/nowhere", kMarker);
-        } else {
-            ASSERT_EQ(mkfifo(kMarker, 0600), 0);
-        }
+        make();
         expect_refused(kMarker);
     }
+    EXPECT_EQ(world::read_file(kMarker), "anything");
     EXPECT_FALSE(world::exists("/tmp/nowhere"));
     EXPECT_EQ(world::read_file("/tmp/target"), "kept");
 }

@@ -5,8 +5,11 @@
 # of packages coming and going: the package database's own files, its logs, the loader's cache.
 set -euo pipefail
 
-find / -xdev \( -path /var/lib/dpkg -o -path /var/log -o -path /var/cache/ldconfig \
-    -o -path /etc/ld.so.cache -o -path /test \) -prune -o -printf '%y %m %p %l\n' | sort -k3
+contents() {
+    find / -xdev \( -path /var/lib/dpkg -o -path /var/log -o -path /var/cache/ldconfig \
+        -o -path /etc/ld.so.cache -o -path /test \) -prune -o "$@"
+}
+
+contents -printf '%y %m %p %l\n' | sort -k3
 find /var/lib/dpkg/info /var/lib/dpkg/alternatives | sort
-find / -xdev \( -path /var/lib/dpkg -o -path /var/log -o -path /var/cache/ldconfig \
-    -o -path /etc/ld.so.cache -o -path /test \) -prune -o -type f -print0 | sort -z | xargs -0 sha256sum
+contents -type f -print0 | sort -z | xargs -0 sha256sum

@@ -8,38 +8,24 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace {
-
-bool prints_a_document() {
+int main() {
     JsonNode *const document = createJsonObject();
     addJsonStringToObject(document, "agent", "second");
     char *const text = printJsonUnformatted(document);
-    const bool good = text != nullptr && std::strcmp(text, "{\"agent\":\"second\"}") == 0;
+    const bool printed = text != nullptr && std::strcmp(text, "{\"agent\":\"second\"}") == 0;
     std::free(text);
     deleteJson(document);
-    return good;
-}
 
-bool signs_a_message() {
     char signature[65] = "";
     hmac_sha256_hex("what do ya want for nothing?", "Jefe", signature, sizeof signature);
-    return std::strcmp(signature,
-                       "5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843") == 0;
-}
+    const bool is_signed = std::strcmp(signature,
+                                       "5bdcc146bf60754e6a042426089575c75a003f089d2739839"
+                                       "dec58b964ec3843") == 0;
 
-bool pins_a_server() {
     CURL *const handle = curl_easy_init();
-    const bool good = curl_easy_setopt(handle, CURLOPT_DNS_SERVERS, "127.0.0.1") == CURLE_OK;
+    const bool pinned = curl_easy_setopt(handle, CURLOPT_DNS_SERVERS, "127.0.0.1") == CURLE_OK;
     curl_easy_cleanup(handle);
-    return good;
-}
 
-}  // namespace
-
-int main() {
-    const bool document = prints_a_document();
-    const bool signature = signs_a_message();
-    const bool pinning = pins_a_server();
-    std::printf("document %d, signature %d, pinning %d\n", document, signature, pinning);
-    return document && signature && pinning ? 0 : 1;
+    std::printf("document %d, signature %d, pinning %d\n", printed, is_signed, pinned);
+    return printed && is_signed && pinned ? 0 : 1;
 }
