@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "cloud_http/endpoints.h"
-#include "world.h"
+#include "fuzz.h"
 
 namespace {
 
@@ -50,24 +50,16 @@ void check_storing(const Endpoint &endpoint, const char *text) {
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
-    world::enter();
-    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    fuzz::Input input(data, size);
+void try_input(fuzz::Input input) {
     const std::string_view before = input.line();
     const std::unique_ptr<char[]> text = fuzz::c_text(input.rest());
-    const int descriptor = fuzz::free_descriptor();
     for (const Endpoint &endpoint : kEndpoints) {
         fuzz::write_file(endpoint.file, input.rest());
         check_reading(endpoint, before);
         check_storing(endpoint, text.get());
     }
-    REQUIRE(fuzz::free_descriptor() == descriptor);
-    return 0;
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input};

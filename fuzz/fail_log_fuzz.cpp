@@ -2,8 +2,8 @@
 // Input: a line with "s" for a stop file, "n" for no record; a line of the record; then the
 // replies.
 #include "device/connection_fail_log.h"
+#include "fuzz.h"
 #include "replies.h"
-#include "world.h"
 
 namespace {
 
@@ -32,21 +32,11 @@ int posts() {
     return count;
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
-    world::enter();
-    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    fuzz::Input input(data, size);
+void try_input(fuzz::Input input) {
     const std::string_view choices = input.line();
     arrange(choices, input.line());
     const uint32_t flags_before = conn_fail_logged_30m + conn_fail_logged_60m;
     const bool had_record = fuzz::exists(kRecord);
-    const int descriptor = fuzz::free_descriptor();
 
     fuzz::answer_with(input);
     REQUIRE(api_cloud_fail_log() == 0);
@@ -65,6 +55,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     REQUIRE(api_conn_fail_log_time_get(&start) == (fuzz::exists(kRecord) ? 0 : -1));
     REQUIRE(had_record || !fuzz::exists(kRecord) || start >= 0);
     REQUIRE(api_conn_fail_log_time_set(0) == 0 && !fuzz::exists(kRecord));
-    REQUIRE(fuzz::free_descriptor() == descriptor && fuzz::all_released());
-    return 0;
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input};

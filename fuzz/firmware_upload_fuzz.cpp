@@ -3,12 +3,13 @@
 // Input, in blocks: the marker's content, the status; a third block, if not empty, makes signals
 // fail.
 #include <sys/mount.h>
+#include <sys/stat.h>
 
 #include <csignal>
 
 #include "device/firmware_upload_watch.h"
-#include "in_product.h"
-#include "world.h"
+#include "fuzz.h"
+#include "testing/calls.h"
 
 namespace {
 
@@ -24,8 +25,6 @@ int send_signal(int pid, int number) {
     REQUIRE(pid > 0 && number == SIGKILL);
     return signals_fail ? -1 : 0;
 }
-
-const fuzz::Answers kAnswers = {nullptr, nullptr, send_signal, nullptr};
 
 void check(uint32_t result, std::string_view marker) {
     const bool has_marker = fuzz::exists(kMarker);
@@ -43,31 +42,22 @@ void check(uint32_t result, std::string_view marker) {
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
-    world::enter();
-    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
+void begin() {
+    calls::answer<::kill>() = send_signal;
     REQUIRE(mkdir("/tmp/cgi", 0755) == 0);
     REQUIRE(mount("tmpfs", "/proc/1", "tmpfs", 0, nullptr) == 0);
-    return 0;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    fuzz::Input input(data, size);
+void try_input(fuzz::Input input) {
     const std::string_view marker = input.block();
     fuzz::write_file(kMarker, marker);
     fuzz::write_file(kProgress, "50");
     fuzz::write_file(kStatus, input.block());
     signals = 0;
     signals_fail = !input.empty();
-    const int descriptor = fuzz::free_descriptor();
-    uint32_t result = 0;
-    {
-        const fuzz::InProduct in_product(kAnswers);
-        result = SN_Check_FW_upload_status();
-    }
-    check(result, marker);
-    REQUIRE(fuzz::free_descriptor() == descriptor);
-    return 0;
+    check(SN_Check_FW_upload_status(), marker);
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input, begin};

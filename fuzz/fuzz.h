@@ -1,9 +1,11 @@
 /*
- * Shared by the fuzz targets. A target is a file NAME_fuzz.cpp with LLVMFuzzerTestOneInput, a row
- * in the file `targets`, and handwritten and minimised inputs in corpus/NAME/. With clang it is a
+ * Shared by the fuzz targets. A target is a file NAME_fuzz.cpp that defines fuzz::target, a row in
+ * the file `targets`, and handwritten and minimised inputs in corpus/NAME/. With clang it is a
  * libFuzzer program; with other compilers replay_main.cpp runs it over its corpus.
  */
 #pragma once
+
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -57,6 +59,15 @@ class Input {
     std::string_view rest_;
 };
 
+// Each target defines one. It runs in a private world (testing/private_world.h). The product's calls
+// of system, kill and sleep are findings, unless begin() answers them (testing/calls.h). After each
+// input all files must be closed, and all handles and header lists of libcurl freed.
+struct Target {
+    void (*try_input)(Input input);
+    void (*begin)() = nullptr;  // once, in the world
+};
+extern const Target target;
+
 // A C text on the heap: AddressSanitizer detects a read past its end.
 inline std::unique_ptr<char[]> c_text(std::string_view text) {
     std::unique_ptr<char[]> copy(new char[text.size() + 1]);
@@ -77,5 +88,11 @@ inline bool contains(std::string_view text, std::string_view part) {
 inline bool begins_with(std::string_view text, std::string_view part) {
     return text.substr(0, part.size()) == part;
 }
+
+// ---- Fast access to small files ----
+
+void write_descriptor(int descriptor, std::string_view content);
+void write_file(const char *path, std::string_view content);
+inline bool exists(const char *path) { return access(path, F_OK) == 0; }
 
 }  // namespace fuzz

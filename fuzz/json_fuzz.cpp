@@ -79,11 +79,12 @@ void check(Parse parse, std::string_view bytes) {
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    const std::string_view text(reinterpret_cast<const char *>(data), size);
+void try_input(fuzz::Input input) {
+    const std::string_view text = input.rest();
     check(parseJsonText, text);
     check(parseJsonTextLongLongUint, text);
-    return 0;
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input};

@@ -8,8 +8,8 @@
 #include <cstring>
 
 #include "fuzz.h"
-#include "in_product.h"
 #include "log/log.h"
+#include "testing/calls.h"
 
 namespace {
 
@@ -25,14 +25,15 @@ ssize_t take(void *, const char *bytes, std::size_t size) {
     return static_cast<ssize_t>(size);
 }
 
-std::FILE *open_log(const char *path, const char *mode) {
-    REQUIRE(std::strcmp(path, "the log") == 0 && std::strcmp(mode, "a") == 0);
+std::optional<std::FILE *> open_log(const char *path, const char *mode) {
+    if (std::strcmp(path, g_log_path) != 0) {
+        return std::nullopt;  // libFuzzer's
+    }
+    REQUIRE(std::strcmp(mode, "a") == 0);
     cookie_io_functions_t functions = {};
     functions.write = take;
     return fopencookie(nullptr, mode, functions);
 }
-
-const fuzz::Answers kAnswers = {open_log};
 
 std::string with_short_numbers(std::string_view text) {
     std::string result;
@@ -70,29 +71,20 @@ void log_one(char shape, const char *first, const char *second) {
     }
 }
 
-}  // namespace
-
-// AddressSanitizer's own format parser aborts at conversions that only libc understands.
-extern "C" const char *__asan_default_options() { return "check_printf=0"; }
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    setenv("TZ", "UTC0", 1);
+void begin() {
+    calls::answer<std::fopen>() = open_log;
     g_file_log = 1;
     std::strcpy(g_log_path, "the log");
     // stdout gets the lines that cannot be written.
-    return std::freopen("/dev/null", "w", stdout) != nullptr ? 0 : 1;
+    REQUIRE(std::freopen("/dev/null", "w", stdout) != nullptr);
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    fuzz::Input input(data, size);
+void try_input(fuzz::Input input) {
     const std::string_view shape = input.line();
     const std::unique_ptr<char[]> first = fuzz::c_text(with_short_numbers(input.line()));
     const std::unique_ptr<char[]> second = fuzz::c_text(with_short_numbers(input.line()));
     written.clear();
-    {
-        const fuzz::InProduct in_product(kAnswers);
-        log_one(shape.empty() ? '0' : shape.front(), first.get(), second.get());
-    }
+    log_one(shape.empty() ? '0' : shape.front(), first.get(), second.get());
     const std::string texts = std::string(first.get()) + "|" + second.get();
     REQUIRE(written.size() >= kStampLength && written[kStampLength - 1] == ']');
     REQUIRE(written.size() <= kStampLength + (texts.size() + 32) * kWidest);
@@ -103,5 +95,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
         const std::size_t plain = std::min(texts.find('%'), texts.size());
         REQUIRE(written.compare(kStampLength, plain, texts, 0, plain) == 0);
     }
-    return 0;
 }
+
+}  // namespace
+
+// AddressSanitizer's own format parser aborts at conversions that only libc understands.
+extern "C" const char *__asan_default_options() { return "check_printf=0"; }
+
+const fuzz::Target fuzz::target = {try_input, begin};

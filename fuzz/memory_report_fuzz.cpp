@@ -1,5 +1,6 @@
 // Any content of /proc/meminfo, compared with a second, plain reader.
 // Input: the content.
+#include <fcntl.h>
 #include <sys/mount.h>
 
 #include <algorithm>
@@ -7,7 +8,7 @@
 #include <climits>
 
 #include "device/system_status.h"
-#include "world.h"
+#include "fuzz.h"
 
 namespace {
 
@@ -57,26 +58,22 @@ MemInfo read_plainly(std::string_view content, MemInfo info) {
     return info;
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
-    world::enter();
-    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
+void begin() {
     report = open(kReport, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     REQUIRE(mount(kReport, "/proc/meminfo", "", MS_BIND, nullptr) == 0);
-    return 0;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    const std::string_view content(reinterpret_cast<const char *>(data), size);
+void try_input(fuzz::Input input) {
+    const std::string_view content = input.rest();
     fuzz::write_descriptor(report, content);
-    const int descriptor = fuzz::free_descriptor();
     const MemInfo before = {1, 2, 3};
     MemInfo info = before;
     REQUIRE(sn_get_mem_info(&info) == 1);
     const MemInfo expected = read_plainly(content, before);
     REQUIRE(info.total_kb == expected.total_kb && info.used_kb == expected.used_kb);
     REQUIRE(info.buffers_cached_kb == expected.buffers_cached_kb);
-    REQUIRE(fuzz::free_descriptor() == descriptor);
-    return 0;
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input, begin};

@@ -32,15 +32,14 @@ void read_settings(char *proxy) {
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    fuzz::Input input(data, size);
+void try_input(fuzz::Input input) {
     const std::unique_ptr<char[]> proxy = fuzz::zeroed(kSize);
     input.line().copy(proxy.get(), kSize - 1);
     fuzz::answer_with(input);
     read_settings(proxy.get());
     read_settings(proxy.get());
-    REQUIRE(fuzz::all_released());
-    return 0;
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input};

@@ -8,7 +8,7 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size);
-extern "C" [[gnu::weak]] int LLVMFuzzerInitialize(int *argc, char ***argv);
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 
 namespace {
 
@@ -34,9 +34,7 @@ void replay(const std::filesystem::path &path) {
 }  // namespace
 
 int main(int argc, char **argv) {
-    if (LLVMFuzzerInitialize != nullptr) {
-        LLVMFuzzerInitialize(&argc, &argv);
-    }
+    LLVMFuzzerInitialize(&argc, &argv);
     for (int i = 1; i < argc; ++i) {
         replay(argv[i]);
     }

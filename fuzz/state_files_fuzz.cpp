@@ -1,18 +1,20 @@
 // Any content of the one-value files, through every reader: state files, sequence number,
 // credentials, site, name servers and the turn.
 // Input: a line with the device's compact MAC address; then the content.
+#include <fcntl.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstring>
 
 #include "cloud_http/upload_url.h"
 #include "device/device_api.h"
+#include "fuzz.h"
 #include "kdump/turn_lock.h"
 #include "replies.h"
 #include "state/credentials.h"
 #include "state/device_identity.h"
 #include "state/state_files.h"
-#include "world.h"
 
 #define SETTINGS "/mnt/data/iss_config/current_config/"
 #define STATUS "/tmp/app/cloud_tmp/"
@@ -128,28 +130,21 @@ void check_turn(std::string_view content) {
     REQUIRE(api_get_cloudwtpflag() == (granted ? 0 : -1));
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
-    world::enter();
-    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
+void begin() {
     status_content = open(kStatusContent, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     settings_content = open(kSettingsContent, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     for (const char *name : kNames) {
         const bool is_setting = fuzz::begins_with(name, SETTINGS);
         REQUIRE(link(is_setting ? kSettingsContent : kStatusContent, name) == 0);
     }
-    return 0;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    fuzz::Input input(data, size);
+void try_input(fuzz::Input input) {
     std::memset(sys_mac_addr_compact, 0, sizeof sys_mac_addr_compact);
     input.line().copy(sys_mac_addr_compact, sizeof sys_mac_addr_compact - 1);
     const std::string_view content = input.rest();
     fuzz::write_descriptor(status_content, content);
     fuzz::write_descriptor(settings_content, content);
-    const int descriptor = fuzz::free_descriptor();
 
     check_texts(content);
     check_numbers();
@@ -158,6 +153,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     check_site(content);
     check_name_servers(content);
     check_turn(content);
-    REQUIRE(fuzz::free_descriptor() == descriptor && fuzz::all_released());
-    return 0;
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input, begin};

@@ -7,7 +7,6 @@
 #include "cloud_http/proxy.h"
 #include "cloud_http/upload_url.h"
 #include "fuzz.h"
-#include "in_product.h"
 #include "json_parser/owned_json.h"
 #include "replies.h"
 
@@ -17,21 +16,13 @@ namespace {
 
 constexpr const char *kEndpoint = "https://tfa.example.com/dev/tfaapi/kdumps";
 
-std::string_view name_servers;
-
-std::FILE *open_name_servers(const char *path, const char *mode) {
-    REQUIRE(std::strcmp(path, "/tmp/curlDNSFile") == 0 && std::strcmp(mode, "r") == 0);
-    return fmemopen(const_cast<char *>(name_servers.data()), name_servers.size(), mode);
-}
-
-const fuzz::Answers kAnswers = {open_name_servers};
-
-void forget_earlier_runs() {
+void prepare(std::string_view name_servers) {
     std::memset(g_proxy_server, 0, sizeof g_proxy_server);
     std::memset(g_curl_dns_server, 0, sizeof g_curl_dns_server);
     std::strcpy(KDUMPS_url, kEndpoint);
     g_detect_dns = name_servers.empty() ? 0 : 1;
     g_upload_url = nullptr;
+    fuzz::write_file("/tmp/curlDNSFile", name_servers);
 }
 
 // A second reader of the cloud's reply.
@@ -42,22 +33,14 @@ std::string expected_url(const char *reply) {
     return message != nullptr && std::strcmp(message, "OK") == 0 && url != nullptr ? url : "";
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    fuzz::Input input(data, size);
-    name_servers = input.line();
-    forget_earlier_runs();
+void try_input(fuzz::Input input) {
+    prepare(input.line());
 
     fuzz::Input replies = input;
     input.block();
     const std::string_view cloud = input.block();
     fuzz::answer_with(replies);
-    int result = 0;
-    {
-        const fuzz::InProduct in_product(kAnswers);
-        result = api_TFA_post_data("{\"filename\": \"segmentrace.txt\"}");
-    }
+    const int result = api_TFA_post_data("{\"filename\": \"segmentrace.txt\"}");
     const fuzz::Request &request = fuzz::requests().back();
     REQUIRE(request.url == kEndpoint && request.method == "POST");
     REQUIRE(request.proxy == g_proxy_server || request.proxy.empty());
@@ -74,8 +57,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
         REQUIRE(url == (g_upload_url != nullptr ? g_upload_url : ""));
     }
     REQUIRE(g_upload_url == nullptr || result == 0);
-    REQUIRE(fuzz::all_released());
     std::free(g_upload_url);
     g_upload_url = nullptr;
-    return 0;
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input};

@@ -4,26 +4,29 @@
 // Input: the program's arguments, one per line; a line with the letters of the device's state (see
 // arrange); one line each for the files of endpoint, name servers and switches; then the replies,
 // in the order of the requests. Later requests succeed, so every run ends.
-#include <dirent.h>
+#include <fcntl.h>
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <set>
 
 #include "cloud_http/proxy.h"
 #include "cloud_http/upload_url.h"
-#include "in_product.h"
+#include "fuzz.h"
 #include "kdump/dump_kinds.h"
 #include "log/log.h"
 #include "replies.h"
+#include "testing/calls.h"
+#include "testing/files.h"
 #include "testing/kinds.h"
-#include "world.h"
 
 // main() of kdump/main.cpp.
 int run_program(int argc, char **argv);
 
 #define ISS_CONFIG "/mnt/data/iss_config/"
 #define CURRENT_CONFIG ISS_CONFIG "current_config/"
+#define ARCHIVE "/tmp/all_config.tar.bz2"
 
 namespace {
 
@@ -36,7 +39,6 @@ constexpr const char *kNameServers = "/tmp/curlDNSFile";
 constexpr const char *kEndpoint = "/tmp/app/cloud_tmp/KDUMPS_file";
 constexpr const char *kTurn = "/tmp/cloudwtpflag";
 constexpr const char *kUpgraded = "/tmp/upgrade_finish";
-constexpr const char *kArchive = "/tmp/all_config.tar.bz2";
 
 // In the input: an empty argument.
 constexpr const char *kEmpty = "''";
@@ -57,51 +59,40 @@ int reboots = 0;
 unsigned slept = 0;
 bool copies_fail = false;
 
-std::string content_of(const std::string &path) {
-    std::string content;
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    char piece[4096];
-    for (ssize_t got = 0; (got = read(descriptor, piece, sizeof piece)) > 0;) {
-        content.append(piece, static_cast<std::size_t>(got));
-    }
-    close(descriptor);
-    return content;
-}
-
 void copy_file(const std::string &from, const std::string &to) {
     if (!copies_fail && fuzz::exists(from.c_str())) {
-        fuzz::write_file(to.c_str(), content_of(from));
+        fuzz::write_file(to.c_str(), world::read_file(from));
     }
 }
 
 // Does what a shell would do for the staging commands; nothing for others.
 int run_command(const char *command) {
     const std::string_view text(command);
-    constexpr std::string_view kConfigCopy = "cp -f " CURRENT_CONFIG;
     if (text == "reboot;") {
         ++reboots;
-    } else if (text ==
-               std::string("tar cvf ") + kArchive + " /mnt/data/iss_config/current_config") {
-        if (!copies_fail) {
-            fuzz::write_file(kArchive, "an archive");
-        }
-    } else {
-        for (const Dump &dump : all_dumps()) {
-            const std::string paths = dump.source + " " + dump.staged;
-            if (text == "cp " + paths || text == "cp -f " + paths) {
-                copy_file(dump.source, dump.staged);
-                return 0;
-            }
-        }
-        REQUIRE(fuzz::begins_with(text, kConfigCopy));
+        return 0;
     }
+    if (text == "tar cvf " ARCHIVE " /mnt/data/iss_config/current_config") {
+        if (!copies_fail) {
+            fuzz::write_file(ARCHIVE, "an archive");
+        }
+        return 0;
+    }
+    for (const Dump &dump : all_dumps()) {
+        const std::string paths = dump.source + " " + dump.staged;
+        if (text == "cp " + paths || text == "cp -f " + paths) {
+            copy_file(dump.source, dump.staged);
+            return 0;
+        }
+    }
+    REQUIRE(fuzz::begins_with(text, "cp -f " CURRENT_CONFIG));
     return 0;
 }
 
 // Not rename(): the files are on different file systems.
 void move_file(const std::string &from, const std::string &to) {
     if (fuzz::exists(from.c_str())) {
-        fuzz::write_file(to.c_str(), content_of(from));
+        fuzz::write_file(to.c_str(), world::read_file(from));
         unlink(from.c_str());
     }
 }
@@ -130,36 +121,23 @@ void bring_dumps_back() {
     }
 }
 
-void sleep_for(unsigned seconds) {
+unsigned sleep_for(unsigned seconds) {
     constexpr unsigned kPatience = 2000;  // more than the longest input needs
     slept += seconds;
     if (slept > kPatience) {
         take_uploads_away();
     }
-}
-
-const fuzz::Answers kAnswers = {nullptr, run_command, nullptr, sleep_for};
-
-void empty_folder(const char *folder) {
-    DIR *const entries = opendir(folder);
-    while (const dirent *const entry = readdir(entries)) {
-        if (entry->d_type != DT_DIR) {
-            unlinkat(dirfd(entries), entry->d_name, 0);
-        }
-    }
-    closedir(entries);
+    return 0;
 }
 
 std::set<std::string> all_files() {
     std::set<std::string> files;
     for (const char *folder : kFolders) {
-        DIR *const entries = opendir(folder);
-        while (const dirent *const entry = readdir(entries)) {
-            if (entry->d_type != DT_DIR) {
-                files.insert(std::string(folder) + "/" + entry->d_name);
+        for (const auto &entry : std::filesystem::directory_iterator(folder)) {
+            if (!entry.is_directory()) {
+                files.insert(entry.path().string());
             }
         }
-        closedir(entries);
     }
     return files;
 }
@@ -167,8 +145,8 @@ std::set<std::string> all_files() {
 // State letters: 0 to 8 leave out a dump, "s" has earlier staged copies, "c" lets copies fail, "m"
 // has every marker, "u" a finished upgrade, "t" a turn file.
 void arrange(std::string_view state) {
-    for (const char *folder : kFolders) {
-        empty_folder(folder);
+    for (const std::string &path : all_files()) {
+        unlink(path.c_str());
     }
     const auto has = [&](char letter) { return state.find(letter) != std::string_view::npos; };
     char letter = '0';
@@ -223,7 +201,7 @@ bool uploaded(std::string_view content, bool answered_200) {
 // of the dump: a limit of the design.
 void check_dump(const Dump &dump) {
     if (fuzz::exists(dump.source.c_str())) {
-        REQUIRE(content_of(dump.source) == original(dump));
+        REQUIRE(world::read_file(dump.source) == original(dump));
         return;
     }
     const bool earlier_went = copies_fail && uploaded("an earlier one", true);
@@ -259,19 +237,14 @@ void check_console() {
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
-    world::enter();
-    world::move_inside(*arguments + 1);  // the name stays: libFuzzer insists
-    setenv("TZ", "UTC0", 1);
+void begin() {
+    calls::answer<std::system>() = run_command;
+    calls::answer<::sleep>() = sleep_for;
     console = open("/dev/console", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     REQUIRE(console >= 0);
-    return 0;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-    fuzz::Input input(data, size);
+void try_input(fuzz::Input input) {
     const std::unique_ptr<char[]> kind = fuzz::c_text(input.line());
     const std::unique_ptr<char[]> argument = fuzz::c_text(input.line());
     forget_earlier_runs();
@@ -281,14 +254,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     write_line(kSwitch, input.line());
     write_line(kDebug, input.line());
     const std::set<std::string> before = all_files();
-    std::set<std::string> absent;
-    for (const Dump &dump : all_dumps()) {
-        if (before.count(dump.source) == 0) {
-            absent.insert(dump.source);
-        }
-    }
-    const int descriptor = fuzz::free_descriptor();
-
     fuzz::answer_with(input, kSuccess);
     char name[] = "kdump";
     char *arguments[] = {name, kind.get(), argument.get(), nullptr};
@@ -299,22 +264,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     if (count == 3 && std::strcmp(arguments[2], kEmpty) == 0) {
         *arguments[2] = '\0';
     }
-    {
-        const fuzz::InProduct in_product(kAnswers);
-        REQUIRE(run_program(count, arguments) == 0);
-    }
+    REQUIRE(run_program(count, arguments) == 0);
     bring_dumps_back();
     check_files(before, all_files());
     for (const Dump &dump : all_dumps()) {
-        if (absent.count(dump.source) == 0) {
+        if (before.count(dump.source) != 0) {
             check_dump(dump);
         }
     }
     REQUIRE(reboots == 0 || (reboots == 1 && fuzz::exists(kUpgraded)));
     REQUIRE(slept % 10 == 0);
     check_console();
-    REQUIRE(fuzz::free_descriptor() == descriptor && fuzz::all_released());
     std::free(g_upload_url);  // after failed requests only the program's end frees it
     g_upload_url = nullptr;
-    return 0;
 }
+
+}  // namespace
+
+const fuzz::Target fuzz::target = {try_input, begin};
