@@ -39,7 +39,7 @@ jq -n --arg processor "$(sed -n 's/^model name.*: //p' /proc/cpuinfo | head -n 1
        rivals: (.rivals | with_entries(.key as $name | .value |= {disk_kb: .disk_kb[0],
            peak_kb: (.usage | map(.peak_kb)), wall_s: ($all | rounds($name) | map(.median)),
            cpu_s: ($all | rounds($name) | map(.user + .system)),
-           first_byte_us, system_calls, instructions: (.instructions | add)})),
+           system_calls, instructions: (.instructions | add)})),
        big_upload: {mebibytes: .mebibytes[0], library: (.big_upload.library | uploads),
            curl: (.big_upload.curl | uploads),
            peak_kb_by_mib: (.big_upload.grown | map_values(map_values(map(.peak_kb))))},

@@ -13,17 +13,13 @@ trap 'rm -rf "$scratch"' EXIT
 cmake --build "$build" --target benchmarks --parallel "$(nproc)" >"$scratch/output" 2>&1 ||
     { cat "$scratch/output" && exit 1; }
 
-for subject in digest json log reply state; do
-    "$build/bench/${subject}_bench" --benchmark_min_time=0.001 --benchmark_out="$scratch/$subject" \
-        --benchmark_out_format=json >"$scratch/output" 2>&1 || { cat "$scratch/output" && exit 1; }
-    jq -e '(.benchmarks | length) >= 4 and all(.benchmarks[]; .error_occurred != true)' "$scratch/$subject" \
-        >/dev/null || { echo "$subject: not every operation ran" && exit 1; }
-done
+"$build/bench/operations" --benchmark_min_time=0.001 --benchmark_out="$scratch/operations" \
+    --benchmark_out_format=json >"$scratch/output" 2>&1 || { cat "$scratch/output" && exit 1; }
+jq -e '(.benchmarks | length) == 52 and all(.benchmarks[]; .error_occurred != true)' \
+    "$scratch/operations" >/dev/null || { echo "not every operation ran" && exit 1; }
 
-{
-    "$here/calls.sh" "$build/bench/state_bench" plain_write setter plain_read getter
-    "$here/calls.sh" "$build/bench/log_bench" log_to_console log_to_file
-} | jq -s add >"$scratch/calls"
+"$here/calls.sh" "$build/bench/operations" plain_write setter plain_read getter \
+    log_to_console log_to_file | jq -s add >"$scratch/calls"
 jq -c . "$scratch/calls"
 jq -e '.setter == .plain_write and .getter == .plain_read
     and all(.log_to_console, .log_to_file; .openat == 1 and .write == 1 and .close == 1)' \

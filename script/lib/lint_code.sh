@@ -50,7 +50,7 @@ check_single() {
     local interceptions='__(wrap|real|libc)_'
     {
         only_in "$forks" 'testing/(spawn|private_world)|bench/|tests/faults/memory/'
-        only_in "$servers" 'testing/http_server|bench/first_byte'
+        only_in "$servers" 'testing/http_server'
         only_in "$interceptions" 'testing/(calls|failing_memory)'
     } | nothing
 }
