@@ -8,9 +8,6 @@ long_functions=(
     'tests/faults/syscalls/faulty_calls.cpp' # every system call and its errors
     'tests/faults/memory/*_operations.cpp'     # every public operation
 )
-long_files=(
-    'fuzz/whole_run_fuzz.cpp' # one device, whose parts make sense together only
-)
 
 # Functions begin and end in the first column, where clang-format puts them.
 long_ones() {
@@ -26,14 +23,12 @@ long_ones() {
 }
 
 check_length() {
-    local sources what place rest pattern allowed
+    local sources what place rest pattern
     mapfile -t sources < <(files '*.c' '*.cpp' '*.h' && shell_files)
     long_ones "${sources[@]}" | while read -r what place rest; do
-        allowed=("${long_files[@]}")
-        [ "$what" = file ] || allowed=("${long_functions[@]}")
-        for pattern in "${allowed[@]}"; do
+        for pattern in "${long_functions[@]}"; do
             # shellcheck disable=SC2053  # a pattern
-            [[ ${place%:*} != $pattern ]] || continue 2
+            [[ $what != function || ${place%:*} != $pattern ]] || continue 2
         done
         printf '%s %s %s\n' "$what" "$place" "$rest"
     done | nothing

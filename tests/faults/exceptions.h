@@ -7,27 +7,15 @@
 
 namespace reliability {
 
-struct Exception {
+// A dump that may be lost, by design.
+struct AllowedLoss {
     const char *name;
     const char *reason;
     bool (*applies)(const Observation &observed, const Dump &dump);
 };
+const std::vector<AllowedLoss> &allowed_losses();
 
-// Dumps that may be lost by design: the kind sends its source itself.
-const std::vector<Exception> &losses_by_design();
-// Dumps that are lost because the result of a step is not tested, by design too.
-const std::vector<Exception> &forced_losses();
-
-// A fault of a library after a failed allocation: all calls between the allocation and libcurl are
-// the library's, `function` among them.
-struct LibraryFault {
-    const char *name;
-    bool is_overdue;  // the run does not end; otherwise a signal ends it
-    const char *library;
-    const char *function;
-    const char *reason;
-};
-const std::vector<LibraryFault> &library_faults();
-const LibraryFault *known_fault(const RunResult &run);
+// The name of the known fault of a library after a failed allocation, or null.
+const char *known_library_fault(const RunResult &run);
 
 }  // namespace reliability

@@ -37,14 +37,6 @@ Change allowed_change(const Kind &kind, const std::string &path) {
     return Change::none;
 }
 
-const Exception *excepted(const std::vector<Exception> &list, const Observation &observed,
-                          const Dump &dump) {
-    for (const Exception &entry : list)
-        if (entry.applies(observed, dump))
-            return &entry;
-    return nullptr;
-}
-
 class Check {
   public:
     explicit Check(const Observation &observed) : observed_(observed), kind_(*observed.kind) {}
@@ -56,8 +48,8 @@ class Check {
         if (!run.overdue && WIFEXITED(run.status)) {
             if (WEXITSTATUS(run.status) != 0)
                 violate("exit status " + std::to_string(WEXITSTATUS(run.status)));
-        } else if (const LibraryFault *fault = known_fault(run)) {
-            except(fault->name);
+        } else if (const char *const fault = known_library_fault(run)) {
+            except(fault);
         } else {
             violate(
                 (run.overdue ? "did not end" : "signal " + std::to_string(WTERMSIG(run.status))) +
@@ -71,11 +63,11 @@ class Check {
             const std::string *const after = find(observed_.after, dump.source);
             if (before == nullptr || after != nullptr || in_cloud(observed_.uploads, *before))
                 continue;
-            const Exception *reason = excepted(losses_by_design(), observed_, dump);
-            if (reason == nullptr)
-                reason = excepted(forced_losses(), observed_, dump);
-            if (reason != nullptr) {
-                except(reason->name);
+            const auto allowed = std::find_if(
+                allowed_losses().begin(), allowed_losses().end(),
+                [&](const AllowedLoss &loss) { return loss.applies(observed_, dump); });
+            if (allowed != allowed_losses().end()) {
+                except(allowed->name);
                 continue;
             }
             ++verdict_.lost;

@@ -3,11 +3,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <list>
 #include <map>
+#include <thread>
 
-#include "runners.h"
 #include "testing/files.h"
 #include "testing/private_world.h"
+#include "testing/spawn.h"
 
 namespace {
 
@@ -34,17 +38,48 @@ void lay_out(const Contest &contest) {
             world::write_file(dump.source, content_of(dump));
 }
 
-std::vector<std::vector<std::string>> commands(const Contest &contest, std::size_t runs,
-                                               const std::string &kdump) {
-    std::vector<std::vector<std::string>> all;
-    for (std::size_t i = 0; i < runs; ++i) {
-        std::vector<std::string> command = {kdump};
-        const auto &words = contest.kinds[i % contest.kinds.size()].words;
-        command.insert(command.end(), words.begin(), words.end());
-        all.push_back(command);
+// Runs of the contest's kinds. They wait for each other at their marker (meeting_point.c).
+class Runners {
+  public:
+    Runners(const Contest &contest, std::size_t runs, const std::string &kdump) {
+        constexpr const char *kMeetingPoint = "/run/world/meeting";
+        const uint32_t come_and_expected[] = {0, static_cast<uint32_t>(runs)};
+        world::write_file(kMeetingPoint, {reinterpret_cast<const char *>(come_and_expected),
+                                          sizeof come_and_expected});
+        for (std::size_t i = 0; i < runs; ++i) {
+            std::vector<std::string> command = contest.kinds[i % contest.kinds.size()].words;
+            command.insert(command.begin(), kdump);
+            running_.push_back(world::spawn(world::Command(command)
+                                                .set("MEETING_POINT", kMeetingPoint)
+                                                .set("LD_PRELOAD", MEETING_POINT_LIBRARY)
+                                                .set("ASAN_OPTIONS", "verify_asan_link_order=0")
+                                                .quiet()));
+        }
     }
-    return all;
-}
+
+    // Waits until `count` have ended in all, or the time is over; how many have.
+    std::size_t wait_for(std::size_t count) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(15);
+        while (ended_ < count && std::chrono::steady_clock::now() < end) {
+            running_.remove_if([this](world::Child &child) {
+                const auto finished = child.poll();
+                ended_ += finished.has_value();
+                failed_ += finished && finished->status != 0;
+                return finished.has_value();
+            });
+            std::this_thread::sleep_for(std::chrono::microseconds(300));
+        }
+        return ended_;
+    }
+
+    // How many ended otherwise than with exit status 0.
+    std::size_t failed() const { return failed_; }
+
+  private:
+    std::list<world::Child> running_;
+    std::size_t ended_ = 0;
+    std::size_t failed_ = 0;
+};
 
 std::string told(const std::string &what, std::size_t is, std::size_t should) {
     return is == should
@@ -122,8 +157,7 @@ std::string play(const Contest &contest, std::size_t runs, const std::string &kd
     arena.console.clear();
     arena.fake.record.take();
     arena.gate.close();
-    Runners runners(commands(contest, runs, kdump));
-    runners.start();
+    Runners runners(contest, runs, kdump);
     std::string wrong = told("runs refused", runners.wait_for(runs - 1), runs - 1);
     arena.gate.wait_for_arrival();
     wrong += told("requests held", deliveries_of(arena.fake.record).url_requests, 1);

@@ -1,10 +1,7 @@
-/*
- * Usage: races [--sample] [--kdump PROGRAM] [CONTEST]
- *
- * Starts two to sixteen runs of one kind, or of kinds with one marker, together, a thousand rounds
- * each: the cloud holds its first reply until all others have ended, so exactly one may have got
- * past the guard. --sample: twenty rounds. CONTEST: only the one of that name.
- */
+// Starts two to sixteen runs of one kind, or of kinds with one marker, together, a thousand rounds
+// each: the cloud holds its first reply until all others have ended, so exactly one may have got past
+// the guard.
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -24,20 +21,6 @@ struct Wanted {
     std::string kdump = KDUMP_PROGRAM;
     std::string contest;
 };
-
-Wanted read_arguments(int argc, char **argv) {
-    Wanted wanted;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        if (argument == "--sample")
-            wanted.sample = true;
-        else if (argument == "--kdump" && i + 1 < argc)
-            wanted.kdump = std::filesystem::absolute(argv[++i]);
-        else
-            wanted.contest = argument;
-    }
-    return wanted;
-}
 
 // False as soon as a round went wrong.
 bool play_all(const Contest &contest, const Wanted &wanted, Arena &arena) {
@@ -61,7 +44,13 @@ bool play_all(const Contest &contest, const Wanted &wanted, Arena &arena) {
 }  // namespace
 
 int main(int argc, char **argv) {
-    const Wanted wanted = read_arguments(argc, argv);
+    Wanted wanted;
+    CLI::App app("Starts runs that compete for a marker.");
+    app.add_flag("--sample", wanted.sample, "twenty rounds each");
+    app.add_option("--kdump", wanted.kdump, "another kdump");
+    app.add_option("CONTEST", wanted.contest, "only the one of that name");
+    CLI11_PARSE(app, argc, argv);
+    wanted.kdump = std::filesystem::absolute(wanted.kdump).string();
     world::Options options;
     options.keep = {std::filesystem::path(wanted.kdump).parent_path()};
     world::enter(options);
