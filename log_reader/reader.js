@@ -356,7 +356,7 @@ const LogReader = (() => {
         }
         const known = ["no-url", "not-found"].includes(file.outcome) || (file.outcome && dump.copy);
         return run.gaps.length > 0 && !known ? `No line tells that ${dump.source} was removed.`
-            : `${dump.source} ${run.later ? "was" : "is"} still on the device${run.later ? " then" : ""}.`;
+            : `${dump.source} ${run.outcome === "unfinished" ? "was still on the device then" : "is still on the device"}.`;
     }
 
     const DOING = {
