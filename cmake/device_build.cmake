@@ -1,4 +1,4 @@
-# A small program for a device, with everything but libc linked in. Included in place of the search
+# A small program for a device, with everything but libc linked in, for musl libc too. Included in place of the search
 # for the machine's libraries: `script/bootstrap --target` has built the dependencies for the
 # toolchain file in use, or for this machine's compiler.
 
@@ -37,7 +37,8 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     add_compile_options(-Wno-psabi)  # no GCC before 7 is involved
 endif()
 
-# The image of a device is often built where the libraries for the tests are missing.
+# The image of a device is often built where the libraries for the tests are missing. For another
+# target the machine's own build has most of what tests need.
 set(test_libraries GTest)
 if(NOT CMAKE_CROSSCOMPILING)
     list(APPEND test_libraries nlohmann_json fmt CLI11)
@@ -45,7 +46,10 @@ endif()
 foreach(library IN LISTS test_libraries)
     if(BUILD_TESTING)
         find_package(${library} QUIET)
-        if(NOT ${library}_FOUND)
+        if(NOT ${library}_FOUND AND CMAKE_CROSSCOMPILING)
+            message(STATUS "The unit tests are left out: ${library} is missing")
+            set(CLOUD_NO_UNIT_TESTS ON)
+        elseif(NOT ${library}_FOUND)
             message(STATUS "The tests are left out: ${library} is missing")
             set(BUILD_TESTING OFF)
         endif()
@@ -71,6 +75,13 @@ check_c_source_compiles("
     #endif
     int main(void) { return 0; }" CLOUD_PACKED_RELOCATIONS FAIL_REGEX ignored)
 unset(CMAKE_REQUIRED_LINK_OPTIONS)
-if(CLOUD_PACKED_RELOCATIONS)
+if(CLOUD_PACKED_RELOCATIONS OR CLOUD_STATIC_PROGRAM)
     target_link_options(shipped_code INTERFACE -Wl,-z,pack-relative-relocs)
+endif()
+if(CLOUD_STATIC_PROGRAM)  # which no loader relocates
+    add_library(unpack_relocations OBJECT cmake/unpack_relocations.c)
+    target_compile_options(unpack_relocations PRIVATE -fno-stack-protector)
+    target_link_libraries(unpack_relocations PRIVATE project_warnings)
+    target_link_libraries(shipped_code INTERFACE $<TARGET_OBJECTS:unpack_relocations>)
+    target_link_options(shipped_code INTERFACE -Wl,-e,start_packed)
 endif()

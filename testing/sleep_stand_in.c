@@ -3,6 +3,8 @@
  * returns at once. A number in the limit file ends the program with SIGTERM at that call, which
  * stops a run that would retry without end.
  */
+#include "testing/sleep_stand_in.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
@@ -23,7 +25,7 @@ static long read_limit(void) {
     return atol(text);
 }
 
-unsigned sleep(unsigned seconds) {
+int is_last_sleep(unsigned seconds) {
     static long calls;
     char line[16];
     const int length = snprintf(line, sizeof line, "%u\n", seconds);
@@ -34,7 +36,11 @@ unsigned sleep(unsigned seconds) {
             perror(record_path);
         close(file);
     }
-    if (++calls == read_limit())
+    return ++calls == read_limit();
+}
+
+unsigned sleep(unsigned seconds) {
+    if (is_last_sleep(seconds))
         raise(SIGTERM);
     return 0;
 }

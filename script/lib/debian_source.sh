@@ -1,5 +1,5 @@
-# Fetches Debian source packages without changes to /etc/apt: a private configuration turns
-# copies of the machine's source lists into deb-src entries. Needs common.sh.
+# Fetches Debian source packages, and packages of other architectures, without changes to /etc/apt: a
+# private configuration has copies of the machine's source lists. Needs common.sh.
 # shellcheck shell=bash
 
 # apt-get and apt-cache with the private configuration in $1.
@@ -24,18 +24,37 @@ lists_serving() {
         done | sort -u
 }
 
+# Makes a private configuration that reads $2 (deb or deb-src) from the source lists that serve package
+# $1; prints its folder.
+private_lists() {
+    local private list
+    private=$(mktemp -d)
+    mkdir -p "$private/sources.list.d" "$private/lists/partial" "$private/cache/archives/partial" \
+        "$private/download"
+    : >"$private/sources.list"
+    for list in $(lists_serving "$1"); do
+        sed -e "s/^Types:.*/Types: $2/" -e "s/^[[:space:]]*deb[[:space:]]/$2 /" "$list" \
+            >"$private/sources.list.d/${list##*/}"
+    done
+    printf '%s\n' "$private"
+}
+
+# Unpacks package $1 of architecture $2 into folder $3. It is not installed, and dpkg's architectures
+# stay as they are.
+fetch_foreign_package() {
+    local private options=(-o "APT::Architecture=$2" -o "APT::Architectures=$2")
+    private=$(private_lists "$1" deb)
+    private_apt "$private" apt-get "${options[@]}" update
+    (cd "$private/download" && private_apt "$private" apt-get "${options[@]}" download "$1")
+    dpkg-deb -x "$private"/download/*.deb "$3"
+    rm -rf "$private"
+}
+
 # Unpacks Debian source package $1, with Debian's patches, into the folder $2, which must not exist;
 # prints the version. If the files of the newest version in the index are gone, takes an older one.
 fetch_debian_source() {
-    local package=$1 target=$2 private list version
-    private=$(mktemp -d)
-    mkdir -p "$private/sources.list.d" "$private/lists/partial" \
-        "$private/cache/archives/partial" "$private/download"
-    : >"$private/sources.list"
-    for list in $(lists_serving "$package"); do
-        sed -e 's/^Types:.*/Types: deb-src/' -e 's/^[[:space:]]*deb[[:space:]]/deb-src /' "$list" \
-            >"$private/sources.list.d/${list##*/}"
-    done
+    local package=$1 target=$2 private version
+    private=$(private_lists "$package" deb-src)
     private_apt "$private" apt-get update >"$private/log" 2>&1 ||
         say "warning: some source indexes could not be read" >&2
     for version in $(private_apt "$private" apt-cache --only-source showsrc "$package" |

@@ -23,27 +23,40 @@ openssl_options=(
     no-sm4 no-whirlpool
 )
 
+# For musl, where every page counts. The secure heap, which nothing here uses, needs the kernel's
+# headers; multi-block hashes several records at a time, for servers. The assembler code of P-256 has a
+# table of 152 kB, all of which a handshake reads; without it a run executes half as many instructions
+# again.
+smallest_openssl_options=(no-secure-memory no-multiblock)
+without_p256_assembler='s/ecp_nistz256.c ecp_nistz256-[^ ]*//; s/ECP_NISTZ256_ASM//'
+
 # In addition to curl_options: one program needs less than agents do.
 device_curl_options=(--disable-shared --disable-crypto-auth --disable-dateparse --disable-socketpair)
 
-# choose_target TARGET: sets target_name, toolchain_file and target_packages. native needs no toolchain
-# file; with one, the unit tests need GoogleTest's source.
+# choose_target TARGET: sets target_name, toolchain_file, target_recipe, target_packages and, for musl,
+# smallest. native needs no toolchain file; with one, the unit tests need GoogleTest's source, which is not for Debian's
+# musl: there is no C++ library.
 choose_target() {
     target_name=$(basename "$1" .cmake)
     toolchain_file=
-    target_packages=()
+    target_packages=() smallest=
+    target_recipe=("$project_root"/script/lib/{curl,device}_recipe.sh)
     case $1 in
     native) return ;;
     *.cmake) toolchain_file=$(realpath "$1") ;;
     *) toolchain_file=$project_root/cmake/toolchains/$1.cmake ;;
     esac
     [ -f "$toolchain_file" ] || die "there is no toolchain file $toolchain_file"
+    target_recipe+=("$toolchain_file")
     target_packages=(googletest qemu-user-static)
     case $1 in
     arm64) target_packages+=(g++-aarch64-linux-gnu) ;;
     armhf) target_packages+=(g++-arm-linux-gnueabihf) ;;
     mipsel) target_packages+=(g++-mipsel-linux-gnu) ;;
+    musl) target_packages=(musl-tools) ;;
+    arm64-musl) target_packages=(qemu-user-static g++-aarch64-linux-gnu) ;;
     esac
+    [[ $1 != *musl ]] || smallest=yes target_recipe+=("$project_root/cmake/musl.cmake")
 }
 
 # Reads toolchain file $1 (empty: this machine's compiler); sets target_machine, target_processor,
@@ -77,13 +90,14 @@ lock_cflags() {
 }
 
 build_openssl() {
+    [ -z "$smallest" ] || sed -i "$without_p256_assembler" openssl/crypto/ec/build.info
     mkdir openssl-build
     (
         cd openssl-build
         CC=$target_cc AR=$target_ar RANLIB=$target_ranlib \
             CFLAGS="$target_cflags $device_cflags $link_time_cflags $(lock_cflags)" \
             ../openssl/Configure "$(openssl_target "$target_processor")" --prefix="$1" --libdir=lib \
-            --openssldir=/etc/ssl "${openssl_options[@]}"
+            --openssldir=/etc/ssl "${openssl_options[@]}" ${smallest:+"${smallest_openssl_options[@]}"}
         make -j"$(nproc)" ENGINESDIR=/usr/lib MODULESDIR=/usr/lib build_libs
         make install_dev
     )
@@ -126,7 +140,7 @@ build_device_dependencies() {
     build_with_cmake cjson "$1" "$2" \
         -DBUILD_SHARED_LIBS=OFF -DENABLE_CJSON_TEST=OFF -DENABLE_CUSTOM_COMPILER_FLAGS=OFF
     build_device_curl "$1"
-    if [ -n "$2" ]; then
+    if [[ " ${target_packages[*]} " == *' googletest '* ]]; then
         cp -r /usr/src/googletest .
         build_with_cmake googletest "$1" "$2"
     fi

@@ -16,7 +16,7 @@ declare -A may_include=(
     [examples]=''
     [bench]="${modules[*]} testing"
     [fuzz]="${modules[*]} testing"
-    [tests]="${modules[*]} testing virtual_device tests/faults tests/faults/memory tests/faults/syscalls"
+    [tests]="${modules[*]} testing virtual_device tests/faults tests/faults/memory tests/faults/syscalls tests/product/package"
 )
 
 # Functions without a bound, with undefined results for numbers out of range, or with shared state.
@@ -39,7 +39,7 @@ check_includes() {
             allowed=${may_include[$folder]}
             [ "$folder" = tests ] || allowed+=" $folder"
             files "$folder/*.c" "$folder/*.cpp" "$folder/*.h" | xargs grep -Hn '#include "' |
-                grep -vE "#include \"((\.\./)?(${allowed// /|})/)?[a-z0-9_]+\.h\"" || true
+                grep -vE "#include \"((\.\./)?(${allowed// /|})/)?[a-z0-9_]+\.[ch]\"" || true
         done
     } | nothing
 }
@@ -49,7 +49,7 @@ check_single() {
     local forks='(fork|vfork|posix_spawnp?|exec[lv]p?e?)\(' servers='(accept4?|listen)\('
     local interceptions='__(wrap|real|libc)_'
     {
-        only_in "$forks" 'testing/(spawn|private_world)|bench/|tests/faults/memory/'
+        only_in "$forks" 'testing/(spawn|private_world|no_sleep)|bench/|tests/faults/memory/'
         only_in "$servers" 'testing/http_server'
         only_in "$interceptions" 'testing/(calls|failing_memory)'
     } | nothing

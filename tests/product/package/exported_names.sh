@@ -2,7 +2,8 @@
 # Usage: exported_names.sh SHARED STATIC C_API_TEST HEADER...     in the project's folder; CC is set
 #
 # Both libraries define exactly the names that the public headers declare, but for the static one's
-# internals in namespace cloudagent. c_api_test looks at each public name.
+# internals in namespace cloudagent. c_api_test looks at each public name, and every_function.c, which
+# tests device builds, calls each function.
 . "$(dirname "$0")/../../../script/lib/common.sh"
 
 library=$1
@@ -40,3 +41,8 @@ nm --defined-only --extern-only "$static_library" | awk 'NF == 3 { print $3 }' |
     grep -vE '^_Z(Z|GV)*N?K?(10cloudagent|St)' | sort -u >"$scratch/in_archive"
 c++filt <"$scratch/in_archive" | diff -u --label declared --label archived "$scratch/declared" -
 diff -u --label declared --label 'seen by c_api_test' "$scratch/declared" "$scratch/tested"
+
+sed -nE 's/^FUNCTION\([^,]*, (\w+),.*/\1/p' tests/product/package/c_api_test.c | while read -r function; do
+    grep -qw -e "$function" -e "${function%_[gs]et}" tests/product/device/every_function.c ||
+        { echo "every_function.c does not call $function" && exit 1; }
+done

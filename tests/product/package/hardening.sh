@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Usage: hardening.sh CONFIGURATION RUN_PATH FILE...     CC and READELF are set
+# Usage: hardening.sh CONFIGURATION RUN_PATH FILE...     CC, READELF and, for static programs, OBJECTS
+#                                                        (what they are linked from) are set
 #
 # Every FILE, a program or a shared library, makes life hard for whoever finds a hole in it, and looks
 # for libraries in RUN_PATH (empty: in none) beside the system's folders. A program built here without
@@ -16,7 +17,13 @@ make_scratch
 headers() { "$READELF" -hW "$1"; }
 segments() { "$READELF" -lW "$1"; }
 dynamic() { "$READELF" -dW "$1"; }
-symbols() { "$READELF" --dyn-syms -W "$1"; }
+symbols() {
+    if has dynamic NEEDED "$1"; then
+        "$READELF" --dyn-syms -W "$1"
+    else
+        "$READELF" --syms -W "$OBJECTS"
+    fi
+}
 has() { "$1" "$3" | grep -E "$2" >/dev/null; }
 
 position_independent() { has headers 'Type: +DYN' "$1"; }
