@@ -7,7 +7,6 @@
 #include <stdexcept>
 
 #include "testing/cloud.h"
-#include "virtual_device/command_line.h"
 #include "virtual_device/commands.h"
 #include "virtual_device/expected_text.h"
 

@@ -1,5 +1,3 @@
-#include "virtual_device/command_line.h"
-
 #include <filesystem>
 #include <sstream>
 #include <stdexcept>
@@ -7,6 +5,7 @@
 
 #include "testing/private_world.h"
 #include "testing/shown_folders.h"
+#include "virtual_device/commands.h"
 
 namespace fs = std::filesystem;
 
@@ -86,6 +85,13 @@ std::string shell_line(const std::vector<std::string> &words) {
     for (const std::string &word : words)
         line += (line.empty() ? "" : " ") + (plain(word) ? word : quoted(word));
     return line;
+}
+
+OutputFile open_output(const std::string &path) {
+    OutputFile file(path.empty() ? nullptr : std::fopen(path.c_str(), "we"), std::fclose);
+    if (!file && !path.empty())
+        throw std::runtime_error("cannot write " + path);
+    return file;
 }
 
 }  // namespace world

@@ -6,7 +6,6 @@
 #include <csignal>
 
 #include "testing/private_world.h"
-#include "virtual_device/command_line.h"
 #include "virtual_device/device_run.h"
 #include "virtual_device/story.h"
 

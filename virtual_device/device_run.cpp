@@ -12,7 +12,7 @@
 #include "testing/private_world.h"
 #include "testing/shown_folders.h"
 #include "testing/squid.h"
-#include "virtual_device/command_line.h"
+#include "virtual_device/commands.h"
 
 namespace world {
 namespace {
