@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 #include "testing/shown_folders.h"
@@ -43,15 +42,6 @@ TEST_F(PrivateWorld, ConsoleTakesMoreThanAPipeHoldsAndCutsStampsOnly) {
 TEST_F(PrivateWorld, HasTheUsualDevices) {
     EXPECT_EQ(shell("head -c 4 /dev/zero | wc -c; echo lost >/dev/null; cat /dev/null"), "4\n");
     EXPECT_EQ(shell("head -c 4 /dev/urandom | wc -c"), "4\n");
-}
-
-TEST_F(PrivateWorld, RebootIsOnlyRecorded) {
-    EXPECT_EQ(world::reboot_count(), 0);
-    (void)!std::system("reboot;");
-    (void)!std::system("reboot");
-    EXPECT_EQ(world::reboot_count(), 2);
-    world::reset();
-    EXPECT_EQ(world::reboot_count(), 0);
 }
 
 TEST_F(PrivateWorld, SeesItsOwnProcessesOnly) {
@@ -100,24 +90,6 @@ TEST_F(PrivateWorld, ResetRemovesWhatATestLeaves) {
     EXPECT_TRUE(world::list_files("/mnt").empty());
     EXPECT_TRUE(world::list_files(world::kDeviceDir).empty());
     EXPECT_TRUE(std::filesystem::is_directory("/tmp/app/cloud_tmp"));
-}
-
-TEST_F(PrivateWorld, SleepIsRecordedInTheTestProgram) {
-    size_t seen = 0;
-    on_sleep = [&](size_t calls) { seen = calls; };
-    EXPECT_EQ(sleep(10), 0u);
-    EXPECT_EQ(sleep(3), 0u);
-    EXPECT_EQ(sleeps, (std::vector<unsigned>{10, 3}));
-    EXPECT_EQ(seen, 2u);
-}
-
-TEST_F(PrivateWorld, SleepIsRecordedInOtherPrograms) {
-    const std::string command =
-        "LD_PRELOAD=" SLEEP_STAND_IN " perl -e 'sleep 10; sleep 7; print 1'";
-    EXPECT_EQ(shell(command), "1");
-    EXPECT_EQ(world::read_file(world::kSleepRecord), "10\n7\n");
-    world::write_file(world::kSleepLimit, "2");
-    EXPECT_EQ(shell(command), "");
 }
 
 }  // namespace

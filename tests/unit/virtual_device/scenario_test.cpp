@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "testing/world_test.h"
+#include "virtual_device/expected_text.h"
 
 namespace {
 
@@ -100,6 +101,14 @@ TEST(Scenario, EveryShippedOneReadsAndHasItsExpectedText) {
         EXPECT_FALSE(world::load_scenario(name).run.empty()) << name;
         EXPECT_TRUE(world::exists(world::scenario_folder() + "/" + name + ".expected")) << name;
     }
+}
+
+// The scenarios' expected outcomes show every other form of text.
+TEST(ExpectedText, ShowsControlBytesAndCountsLongRuns) {
+    EXPECT_EQ(world::legible("a\tb\nc"), "a\tb\nc");
+    EXPECT_EQ(world::legible(std::string("\0\x1b", 2)), "\\x00\\x1b");
+    EXPECT_EQ(world::legible(std::string(40, 'x')), std::string(40, 'x'));
+    EXPECT_EQ(world::legible("a" + std::string(41, 'x') + "b"), "a<x*41>b");
 }
 
 }  // namespace
