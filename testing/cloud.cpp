@@ -174,8 +174,10 @@ Reply Cloud::hand_out_url(const Request &request) {
 
     const std::lock_guard<std::mutex> lock(guard_);
     const std::string number = std::to_string(++urls_given_);
-    const std::string target = "/up/" + number + "/" + in_url(object) +
-                               "?token=" + Sha256::of("upload " + number).substr(0, 8);
+    const std::string target = settings_.signer
+                                   ? settings_.signer(urls_given_, in_url(object))
+                                   : "/up/" + number + "/" + in_url(object) +
+                                         "?token=" + Sha256::of("upload " + number).substr(0, 8);
     urls_[target] = {object, std::chrono::steady_clock::now() + settings_.url_lifetime, false};
     return json_reply(json{{"message", "OK"}, {"upload_url", settings_.store_url + target}}.dump());
 }

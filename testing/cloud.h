@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -52,6 +53,8 @@ struct CloudSettings {
     bool keeps_files = true;         // false: uploads are only in the record
     std::string folder = kStoreDir;  // where they are kept
     std::string store_url = std::string("https://") + kStoreHost;  // beginning of upload URLs
+    // Gives the path and query of an upload URL by its number and object; empty: the cloud's own.
+    std::function<std::string(size_t, const std::string &)> signer;
     Gate *gate = nullptr;  // for the replies that hand out upload URLs
 };
 

@@ -55,7 +55,7 @@ Daemon::Daemon(Command command, const Ready &ready, int end_signal)
       child_(
           spawn(command.redirect(STDOUT_FILENO, output_).redirect(STDERR_FILENO, STDOUT_FILENO))),
       end_signal_(end_signal) {
-    constexpr int kTries = 1000;
+    constexpr int kTries = 6000;
     for (int i = 0; i < kTries && !child_.poll(); ++i) {
         if (ready.mark.empty() ? accepts(ready) : output().find(ready.mark) != std::string::npos) {
             return;

@@ -68,15 +68,15 @@ Daemon start_nginx(const Identity &server, const CertificateAuthority &clients) 
             SIGQUIT};
 }
 
-std::vector<Exchange> nginx_exchanges() {
+std::vector<Exchange> logged_exchanges(const std::string &service, const std::string &log_path) {
     std::vector<Exchange> exchanges;
-    std::istringstream log(read_file_if_any(kDaemonFolder + "nginx.access.log"));
+    std::istringstream log(read_file_if_any(log_path));
     for (std::string line; std::getline(log, line);) {
         const nlohmann::json entry = nlohmann::json::parse(line, nullptr, false);
         if (!entry.is_object())
             continue;
         Exchange exchange;
-        exchange.service = "nginx";
+        exchange.service = service;
         exchange.method = entry.value("method", "");
         exchange.url = entry.value("url", "");
         exchange.status = entry.value("status", 0);
@@ -85,7 +85,8 @@ std::vector<Exchange> nginx_exchanges() {
         exchange.body_path = entry.value("file", "");
         const std::string &kept = exchange.body_path;
         std::error_code none;
-        exchange.body_size = kept.empty() ? 0 : std::filesystem::file_size(kept, none);
+        exchange.body_size = kept.empty() ? std::stoull("0" + entry.value("size", ""))
+                                          : std::filesystem::file_size(kept, none);
         exchange.body_sha256 = Sha256::of_file(kept);
         exchanges.push_back(std::move(exchange));
     }

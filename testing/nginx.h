@@ -13,7 +13,9 @@ inline constexpr const char *kNginxAddress = "127.0.0.2";  // port 443
 
 Daemon start_nginx(const Identity &server, const CertificateAuthority &clients);
 
-// The requests nginx logged, in order, with the digests of the bodies it kept.
-std::vector<Exchange> nginx_exchanges();
+inline const std::string kNginxLog = kDaemonFolder + "nginx.access.log";
+
+// The requests that a store logged, in order, with the digests of the bodies it kept.
+std::vector<Exchange> logged_exchanges(const std::string &service, const std::string &log_path);
 
 }  // namespace world

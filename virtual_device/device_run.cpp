@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <sstream>
+#include <tuple>
 
 #include "testing/certificates.h"
 #include "testing/files.h"
@@ -12,6 +14,7 @@
 #include "testing/private_world.h"
 #include "testing/shown_folders.h"
 #include "testing/squid.h"
+#include "testing/swift.h"
 #include "virtual_device/commands.h"
 
 namespace world {
@@ -76,6 +79,12 @@ void DeviceRun::start_servers() {
         setup.cloud.tfa_hosts.push_back(name);
     if (scenario_.daemons.count("nginx"))
         setup.store_address = kNginxAddress;
+    if (scenario_.daemons.count("swift")) {
+        setup.store_address = kSwiftAddress;
+        setup.cloud.signer = [list = scenario_.signatures](size_t number, const std::string &name) {
+            return presigned_target(list[std::min(number, list.size()) - 1], number, name);
+        };
+    }
     name_cloud_hosts(setup);
     fake_ = std::make_unique<FakeCloud>(setup);
     if (scenario_.daemons.count("tinyproxy"))
@@ -87,6 +96,8 @@ void DeviceRun::start_servers() {
         proxy_ = std::make_unique<FakeProxy>(fake_->record, scenario_.proxy_replies);
     if (scenario_.daemons.count("nginx"))
         daemons_.push_back(start_nginx(fake_->identity, authority()));
+    if (scenario_.daemons.count("swift"))
+        daemons_.push_back(start_swift(fake_->identity));
     if (!scenario_.dns.empty())
         daemons_.push_back(start_dnsmasq(scenario_.dns));
 }
@@ -170,13 +181,28 @@ Outcome DeviceRun::outcome() {
         collect_from_machine();
     }
     outcome_.exchanges = fake_->record.all();
+    const auto store = [this](const std::string &name, const Exchange &exchange) {
+        outcome_.stored.push_back(
+            {name, exchange.body_size, exchange.body_sha256, exchange.body_path});
+    };
     if (scenario_.daemons.count("nginx"))
-        for (Exchange &exchange : nginx_exchanges()) {
+        for (Exchange &exchange : logged_exchanges("nginx", kNginxLog)) {
             if (exchange.method == "PUT" && exchange.status == 200)
-                outcome_.stored.push_back({object_name(exchange.url), exchange.body_size,
-                                           exchange.body_sha256, exchange.body_path});
+                store(object_name(exchange.url), exchange);
             outcome_.exchanges.push_back(std::move(exchange));
         }
+    if (scenario_.daemons.count("swift"))
+        for (Exchange &exchange : logged_exchanges("swift", kSwiftLog)) {
+            if (exchange.method == "listed")
+                store(exchange.url, exchange);
+            else
+                outcome_.exchanges.push_back(std::move(exchange));
+        }
+    if (scenario_.unordered)
+        std::sort(outcome_.exchanges.begin(), outcome_.exchanges.end(),
+                  [](const Exchange &a, const Exchange &b) {
+                      return std::tie(a.service, a.url) < std::tie(b.service, b.url);
+                  });
     for (StoredObject &object : fake_->cloud.stored())
         outcome_.stored.push_back(std::move(object));
     if (scenario_.daemons.count("tinyproxy"))

@@ -5,6 +5,7 @@
 
 #include "testing/files.h"
 #include "testing/shown_folders.h"
+#include "testing/swift.h"
 #include "virtual_device/scenario_fields.h"
 
 namespace world {
@@ -128,6 +129,7 @@ void read_device(Fields &fields, Scenario &scenario) {
     scenario.local_settings.up_time = fields.number("up_time", 86400, 0, 1L << 31);
     scenario.local_settings.create_log = fields.flag("create_log", true);
     scenario.identity = fields.flag("identity", true);
+    scenario.unordered = fields.flag("unordered", false);
     scenario.verifying = fields.flag("verifying", false);
     scenario.stop_after_sleeps = static_cast<int>(fields.number("stop_after_sleeps", 0, 0, 1000));
     const std::string sleep = fields.text("sleep", "recorded");
@@ -152,7 +154,11 @@ void read_surroundings(Fields &fields, Scenario &scenario) {
     });
     scenario.refuse = fields.choices("refuse", {"local", "tfa", "store", "time"});
     scenario.daemons =
-        fields.choices("daemons", {"tinyproxy", "nginx", "squid", "squid-with-password"});
+        fields.choices("daemons", {"tinyproxy", "nginx", "squid", "squid-with-password", "swift"});
+    fields.choices("signatures", kSignatures);
+    fields.with("signatures", [&](const json &list, const std::string &) {
+        scenario.signatures = list.get<std::vector<std::string>>();
+    });
     fields.with("dns", [&](const json &value, const std::string &where) {
         scenario.dns = read_texts(value, where);
     });

@@ -29,14 +29,16 @@ struct Scenario {
     Scripts cloud;
     CloudSettings cloud_settings;
     std::set<std::string> refuse;   // "local", "tfa", "store", "time": nothing listens there
-    std::set<std::string> daemons;  // "tinyproxy", "nginx", "squid", "squid-with-password"
+    std::set<std::string> daemons;  // tinyproxy, nginx, squid, squid-with-password, swift
     std::map<std::string, bool> addresses = {{"127.0.0.1", true}};  // the cloud's; false: silent
     std::string proxy_address = "127.0.0.1";                        // where the proxy listens
-    std::vector<ScriptedReply> proxy_replies;  // of a fake proxy; none: there is none
-    std::map<std::string, std::string> dns;    // names only a DNS server on 127.0.0.1:53 knows
-    bool verifying = false;                    // for a kdump that verifies the cloud
-    bool identity = true;                      // CRT and KEY lie in the working directory
+    std::vector<ScriptedReply> proxy_replies;         // of a fake proxy; none: there is none
+    std::vector<std::string> signatures = {"exact"};  // of swift's upload URLs, in order
+    std::map<std::string, std::string> dns;  // names only a DNS server on 127.0.0.1:53 knows
+    bool verifying = false;                  // for a kdump that verifies the cloud
+    bool identity = true;                    // CRT and KEY lie in the working directory
     bool real_sleep = false;
+    bool unordered = false;     // the requests come in any order
     int stop_after_sleeps = 0;  // 0: never
 };
 

@@ -76,7 +76,8 @@ TEST(Scenario, ComplaintNamesFileFieldAndWhatIsAllowed) {
         {R"({"about": "a", "refuse": ["cloud"]})",
          "\"cloud\" is not \"local\", \"store\", \"tfa\" or \"time\""},
         {R"({"about": "a", "daemons": ["apache"]})",
-         "\"apache\" is not \"nginx\", \"squid\", \"squid-with-password\" or \"tinyproxy\""},
+         "\"apache\" is not \"nginx\", \"squid\", \"squid-with-password\", \"swift\" or "
+         "\"tinyproxy\""},
         {R"({"about": "a", "proxy": {"answers": [407, "sometimes"]}})",
          "\"sometimes\" is no fault"},
         {R"({"about": "a", "sleep": "never"})", "x.json: sleep: must be \"recorded\" or \"real\""},
