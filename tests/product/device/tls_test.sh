@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Usage: tls_test.sh VIRTUAL_DEVICE KDUMP
 #
-# What clouds ask for is in the program, although its OpenSSL is cut down: a whole OpenSSL, the
-# machine's openssl command, stands in for the cloud and allows one way only at a time: a version, a
-# kind of certificate, a cipher, a group. Each way, the program must get a request through and
+# The program has what clouds ask for, although its OpenSSL is cut down: a whole OpenSSL, the
+# machine's openssl command, fakes a cloud that allows one way only at a time: a version, a kind of
+# certificate, a cipher, a group. Each way, the program must get a request through and
 # understand the reply. KDUMP may be a command line. (This script is also what runs on the device.)
 set -euo pipefail
 
@@ -36,7 +36,7 @@ rsa rsa -tls1_2 -cipher ECDHE-RSA-AES128-SHA256 -groups P-256
 rsa rsa -tls1_2 -cipher AES128-GCM-SHA256 -groups P-256'
 }
 
-# What was left out: a cloud that offers only this is not reached.
+# Left out on purpose: a cloud that offers only this is not reached.
 closed_ways() {
     echo 'rsa rsa -tls1_1 -cipher ECDHE-RSA-AES128-SHA:@SECLEVEL=0 -groups P-256
 rsa rsa -tls1_2 -cipher DHE-RSA-AES128-GCM-SHA256 -groups P-256
@@ -76,7 +76,7 @@ await() {
 request='POST /dev/tfaapi/kdumps HTTP/1.1'
 
 # One run of the program against a server that allows one way. What the server saw is in server.log.
-# (With -f the program does not try for ever.)
+# (With -f the program does not retry endlessly.)
 serve() {
     local server client body="{\"message\":\"$*\"}"
     cp "$1.crt" /run/device/CRT
@@ -132,7 +132,7 @@ virtual_device=$1 kdump=$2 count=0 status=0
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 scenario=$(mktemp --suffix .json)
 trap 'rm -f "$scenario"' EXIT
-echo '{"about": "A whole OpenSSL stands in for the cloud.", "refuse": ["tfa"]}' >"$scenario"
+echo '{"about": "A whole OpenSSL fakes the cloud.", "refuse": ["tfa"]}' >"$scenario"
 story=$("$virtual_device" run --kdump "$kdump" --scenario "$scenario" -- \
     bash "$here/tls_test.sh" --on-device 2>&1) || status=1
 # A reply that was understood is in the log on the console.

@@ -18,7 +18,7 @@ expect_failure() {
     say "ok: noticed $1"
 }
 
-# What the headers declare: the last name before "(" or ";" of each line that ends a declaration.
+# The names that the headers declare: the last name before "(" or ";" of each line that ends a declaration.
 declared_names() {
     cat "$@" | sed -nE -e 's/^(extern [^;]*[ *])([A-Za-z_0-9]+)(\[.*)?;.*/\2/p' \
         -e 's/^[a-zA-Z][^(;=]*[ *]([A-Za-z_0-9]+)\(.*/\1/p'

@@ -107,7 +107,7 @@ test("the reply on the page is one, with its length", () => {
     assert.strictEqual(JSON.parse(body).message, "OK");
 });
 
-// What the table of redirects says: status -> [POST with body, PUT with dump].
+// The promises of the table of redirects: status -> [POST with body, PUT with dump].
 const promised = new Map();
 for (const [, codes, post, put] of page.split("\n## Redirects\n")[1].split("\n## ")[0]
     .matchAll(/^\| (3[\d, ]+) \| (.*?) \| (.*?) \|$/gm)) {

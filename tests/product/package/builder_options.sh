@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Usage: builder_options.sh CMAKE CURL     in the project's folder; CC is set
 #
-# What an image builder or an older distribution passes to CMake, or lacks, is respected. CURL is the
-# prefix of a libcurl with c-ares, which stands for the system's.
+# CMake respects the options of image builders and the limits of older distributions. CURL is the
+# prefix of a libcurl with c-ares, taken for the system's.
 . "$(dirname "$0")/../../../script/lib/common.sh"
 
 cmake=$1

@@ -83,7 +83,7 @@ class RandomText {
     std::mt19937 random_;
 };
 
-// What the text holds, or where it fails, in both modes.
+// Compares the tree, or the place of the failure, in both modes.
 bool agree(const std::string &text) {
     bool agrees = true;
     for (const bool uint64 : {false, true}) {

@@ -12,7 +12,7 @@ database=/var/lib/dpkg
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-# What is installed, asked without the lists of what could be: those may be just being renewed.
+# Asks for installed packages without the lists of available ones, which may be incomplete just now.
 installed_and_needed() {
     apt-cache -o Dir::State::Lists="$scratch" -o Dir::Cache="$scratch" \
         depends --recurse --installed --important "$@"
@@ -26,7 +26,7 @@ grep '^[a-z0-9]' "$scratch/needed" | sort -u |
     comm -12 - <(sed -n 's/^installed //p' "$scratch/all" | cut -d' ' -f1 | sort -u) >"$scratch/packages"
 mapfile -t packages <"$scratch/packages"
 
-# What no package holds: folders, links to folders, users, links to a program chosen among several.
+# No package holds these: folders, links to folders, users, links to a program chosen among several.
 for link in /bin /sbin /lib /lib32 /lib64 /libx32; do
     if [ -L "$link" ]; then
         mkdir -p "$root/$(readlink "$link")"
