@@ -9,10 +9,7 @@
 namespace {
 
 TEST(Parse, PointsAtTheOffendingByte) {
-    const struct {
-        const char *text;
-        std::ptrdiff_t offset;
-    } cases[] = {
+    const std::pair<const char *, std::ptrdiff_t> cases[] = {
         {"", 0},
         {"[truex]", 5},
         {"   ", 3},
@@ -56,8 +53,8 @@ TEST(Parse, PointsAtTheOffendingByte) {
         {R"({"abc)", 2},
         {R"(["a\)", 2},
     };
-    for (const auto &row : cases) {
-        EXPECT_EQ(error_offset(row.text), row.offset) << row.text;
+    for (const auto &[text, offset] : cases) {
+        EXPECT_EQ(error_offset(text), offset) << text;
     }
 }
 

@@ -134,20 +134,15 @@ class TurnClaim : public TurnTest {
 };
 
 TEST_F(TurnClaim, IsConfirmedByNothingAndByEitherTurnWord) {
-    const struct {
-        std::string before, after;
-        int log_id;
-    } rows[] = {{"", "cloud", 499},
-                {"cloud", "cloud", 504},
-                {"zorbcon", "zorbcon", 510},
-                {std::string("cloud\0other", 11), std::string("cloud\0other", 11), 504}};
-    for (const auto &row : rows) {
+    const std::pair<std::string, int> rows[] = {
+        {"", 499}, {"cloud", 504}, {"zorbcon", 510}, {std::string("cloud\0other", 11), 504}};
+    for (const auto &[content, log_id] : rows) {
         g_turn_held = 0;
-        hold(row.before);
+        hold(content);
         EXPECT_EQ(api_get_cloudwtpflag(), 0);
-        EXPECT_EQ(held(), row.after);
+        EXPECT_EQ(held(), content.empty() ? "cloud" : content);
         EXPECT_EQ(g_turn_held, 1);
-        EXPECT_EQ(logged(), "api_get_cloudwtpflag OK " + std::to_string(row.log_id) + "\n\n");
+        EXPECT_EQ(logged(), "api_get_cloudwtpflag OK " + std::to_string(log_id) + "\n\n");
         expect_given_back();
     }
 }
