@@ -30,8 +30,8 @@ OwnedJson new_number(double value) noexcept {
 template <typename Value>
 JsonNode *create_array(const Value *values, int count,
                        OwnedJson (*new_element)(Value) noexcept) noexcept {
-    OwnedJson array = values || count <= 0 ? new_node(JSON_KIND_ARRAY) : nullptr;
-    if (!array) {
+    OwnedJson array = new_node(JSON_KIND_ARRAY);
+    if (!array || (!values && count > 0)) {
         return nullptr;
     }
     ChildAppender elements(*array);

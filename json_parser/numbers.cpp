@@ -1,5 +1,4 @@
 #include <cfloat>
-#include <climits>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
@@ -71,7 +70,7 @@ bool nearly_whole(double value) noexcept {
 int print_double(const JsonNode &node, char *text) noexcept {
     const double value = node.valuedouble;
     const double size = std::fabs(value);
-    if (std::fabs(node.valueint - value) <= DBL_EPSILON && value >= INT_MIN && value <= INT_MAX) {
+    if (std::fabs(node.valueint - value) <= DBL_EPSILON) {  // so an int holds it
         return std::snprintf(text, kNumberSpace, "%d", node.valueint);
     }
     if (nearly_whole(value)) {

@@ -15,12 +15,6 @@ constexpr char kSpoilt = '?';  // begins nothing in JSON, so cJSON stops there
 constexpr int32_t kKinds[] = {JSON_KIND_FALSE,  JSON_KIND_TRUE,  JSON_KIND_NULL,  JSON_KIND_NUMBER,
                               JSON_KIND_STRING, JSON_KIND_ARRAY, JSON_KIND_OBJECT};
 
-struct DeleteCJson {
-    void operator()(cJSON *item) const noexcept { cJSON_Delete(item); }
-};
-
-using CJsonTree = std::unique_ptr<cJSON, DeleteCJson>;
-
 bool continues_number(char byte) noexcept {
     return byte != '\0' && std::strchr("+-.eE0123456789", byte) != nullptr;
 }
@@ -121,27 +115,28 @@ JsonNode *fail_at(const char *position) noexcept {
     return nullptr;
 }
 
-// Whether an empty object ends there, where a key was possible.
-bool ends_empty_object(const char *text, std::ptrdiff_t end) noexcept {
-    if (text[--end] != '}') {
+// Whether an empty object ends there, where a key was possible. Before a "}" that cJSON has passed
+// stands the object's "{".
+bool ends_empty_object(const char *end) noexcept {
+    if (*--end != '}') {
         return false;
     }
     do {
         --end;
-    } while (end > 0 && is_blank(text[end]));
-    return end >= 0 && text[end] == '{';
+    } while (is_blank(*end));
+    return *end == '{';
 }
 
 // The place of the error in the copy. cJSON points one byte too far if a byte stands in place of a
 // key; then the place stays the same when that byte is spoilt and the rest is cut off.
 std::ptrdiff_t offending_byte(char *copy) noexcept {
     const std::ptrdiff_t at = cJSON_GetErrorPtr() - copy;
-    if (at == 0 || is_blank(copy[at - 1]) || copy[at - 1] == '"' || ends_empty_object(copy, at)) {
+    if (at == 0 || is_blank(copy[at - 1]) || copy[at - 1] == '"' || ends_empty_object(copy + at)) {
         return at;
     }
     copy[at - 1] = kSpoilt;
     copy[at] = '\0';
-    const CJsonTree none(cJSON_Parse(copy));
+    cJSON_Delete(cJSON_Parse(copy));  // nothing
     return cJSON_GetErrorPtr() == copy + at ? at - 1 : at;
 }
 
@@ -153,11 +148,10 @@ JsonNode *parse(const char *text, NumberMode mode) noexcept {
     if (!copy) {
         return fail_at(text);
     }
-    CJsonTree tree(cJSON_Parse(copy.get()));
-    if (!tree) {
+    cJSON *items = cJSON_Parse(copy.get());
+    if (!items) {
         return fail_at(text + offending_byte(copy.get()));
     }
-    cJSON *items = tree.release();
     OwnedJson document = Converter(text, mode, copy.get()).convert(items);
     if (items) {
         cJSON_Delete(items);

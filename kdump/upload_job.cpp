@@ -91,7 +91,8 @@ void format_body(const DumpFile &file, const char *argument, WorkBuffer &work) n
 // of the job. Unlike an ignored signal, a caught one is not inherited by the command.
 void outlive_termination() noexcept {
     struct sigaction action = {};
-    if (sigaction(SIGTERM, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+    sigaction(SIGTERM, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) {
         action = {};
         action.sa_handler = [](int) {};
         action.sa_flags = SA_RESTART;

@@ -84,6 +84,8 @@ INTERCEPT(std::FILE *, fopen, (const char *path, const char *mode), (path, mode)
 INTERCEPT_AS(fopen64, std::FILE *, fopen, (const char *path, const char *mode), (path, mode))
 INTERCEPT(int, fstat, (int file, struct stat *status), (file, status))
 INTERCEPT_AS(fstat64, int, fstat, (int file, struct stat *status), (file, status))
+INTERCEPT(int, lstat, (const char *path, struct stat *status), (path, status))
+INTERCEPT_AS(lstat64, int, lstat, (const char *path, struct stat *status), (path, status))
 INTERCEPT_AS(__res_init, int, res_init, (), ())
 
 INTERCEPT(OSSL_LIB_CTX *, OSSL_LIB_CTX_get0_global_default, (), ())

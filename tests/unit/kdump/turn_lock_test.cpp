@@ -171,6 +171,16 @@ TEST_F(TurnClaim, ReadsNoMoreThan128Bytes) {
     }
 }
 
+TEST_F(TurnClaim, LinkThatVanishesIsNotFollowed) {
+    std::filesystem::create_symlink("/tmp/target", kTurnFile);
+    calls::answer<lstat>() = [](const char *, struct stat *) { return -1; };
+    EXPECT_EQ(api_get_cloudwtpflag(), -1);
+    calls::answer<lstat>() = nullptr;
+    EXPECT_FALSE(world::exists("/tmp/target"));
+    EXPECT_EQ(api_get_cloudwtpflag(), 0);
+    EXPECT_EQ(world::read_file("/tmp/target"), "cloud");
+}
+
 // Memory of this process at address zero opens but cannot be read.
 TEST_F(TurnClaim, FailedReadIsRefused) {
     std::filesystem::create_symlink("/proc/self/mem", kTurnFile);

@@ -136,6 +136,13 @@ TEST_F(Stored, CreatedFileOnAFullFlashIsRemoved) {
     umount(kSettings.c_str());
 }
 
+TEST_F(Stored, FileBelowAFileIsNotCreated) {
+    std::filesystem::remove_all(kSettings);
+    world::write_file(kSettings.substr(0, kSettings.size() - 1), "a file");
+    EXPECT_EQ(detect_dns(), 1u);
+    EXPECT_EQ(world::read_file(kSettings.substr(0, kSettings.size() - 1)), "a file");
+}
+
 TEST_F(Stored, FileThatALinkNamesIsLeftAlone) {
     fail_sync(EIO);
     std::filesystem::create_symlink("/tmp/elsewhere", created_);
