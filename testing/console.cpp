@@ -5,42 +5,13 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdint>
+#include <regex>
 #include <string_view>
 #include <system_error>
 
 namespace world {
-namespace {
-
-// A: upper-case letter, a: lower-case letter, 9: digit, _: digit or blank.
-constexpr std::string_view kStampShape = "[Aaa Aaa _9 99:99:99 9999]";
-
-bool fits(char c, char shape) {
-    const int code = static_cast<unsigned char>(c);
-    switch (shape) {
-        case 'A':
-            return std::isupper(code) != 0;
-        case 'a':
-            return std::islower(code) != 0;
-        case '9':
-            return std::isdigit(code) != 0;
-        case '_':
-            return c == ' ' || std::isdigit(code) != 0;
-        default:
-            return c == shape;
-    }
-}
-
-bool begins_with_stamp(std::string_view text) {
-    return text.size() >= kStampShape.size() &&
-           std::equal(kStampShape.begin(), kStampShape.end(), text.begin(),
-                      [](char shape, char c) { return fits(c, shape); });
-}
-
-}  // namespace
 
 Console::Console(std::function<void(std::string_view)> arrived)
     : arrived_(std::move(arrived)),
@@ -94,17 +65,10 @@ void Console::clear() {
     text_.clear();
 }
 
-std::string without_stamps(std::string_view text) {
-    std::string rest;
-    rest.reserve(text.size());
-    for (size_t at = 0; at < text.size();) {
-        if (begins_with_stamp(text.substr(at))) {
-            at += kStampShape.size();
-            continue;
-        }
-        rest += text[at++];
-    }
-    return rest;
+std::string without_stamps(const std::string &text) {
+    static const std::regex stamp(
+        R"(\[[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9][0-9] [0-9]{2}:[0-9]{2}:[0-9]{2} [0-9]{4}\])");
+    return std::regex_replace(text, stamp, "");
 }
 
 }  // namespace world

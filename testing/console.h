@@ -42,6 +42,6 @@ class Console {
 };
 
 // Cuts every "[Mon Nov 16 06:57:51 2026]".
-std::string without_stamps(std::string_view text);
+std::string without_stamps(const std::string &text);
 
 }  // namespace world

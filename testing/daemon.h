@@ -2,9 +2,11 @@
  * Daemons of the machine, run inside the private world. Real ones that a device meets:
  *
  *   tinyproxy  the CONNECT proxy, on port 3128
+ *   squid      the same, on 127.0.0.1 only, with or without a password
  *   dnsmasq    the DNS server, on 127.0.0.1:53, for names that nothing else knows; on [::1]:53 if
  *              one of them has an IPv6 address
- *   nginx      an object store, see nginx.h
+ *   nginx      an object store on 127.0.0.2:443: TLS, client certificate demanded, bodies kept on
+ *              disk, 200 answered
  */
 #pragma once
 
@@ -13,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/certificates.h"
+#include "testing/exchange_record.h"
 #include "testing/spawn.h"
 
 namespace world {
@@ -49,10 +53,23 @@ class Daemon {
 };
 
 Daemon start_tinyproxy(const std::string &address = "127.0.0.1");
+// With a password it serves only the user "device" with the password "word" (Basic).
+Daemon start_squid(bool with_password);
 Daemon start_dnsmasq(const std::map<std::string, std::string> &names);
 
-// The targets that the proxy was asked to connect to, in order, since it was started.
+inline constexpr const char *kNginxAddress = "127.0.0.2";
+Daemon start_nginx(const Identity &server, const CertificateAuthority &clients);
+
+// The targets that the proxy was asked to connect to, in order, since tinyproxy was started.
 std::vector<std::string> proxied_targets();
+
+// Squid's access log: each request with its status, and the user that it knew.
+std::vector<std::string> squid_requests();
+
+inline const std::string kNginxLog = kDaemonFolder + "nginx.access.log";
+
+// The requests that a store logged, in order, with the digests of the bodies it kept.
+std::vector<Exchange> logged_exchanges(const std::string &service, const std::string &log_path);
 
 // The names whose addresses the DNS server was asked for, sorted, each once.
 std::vector<std::string> dns_queries();

@@ -2,40 +2,29 @@
 
 #include <strings.h>
 
+#include <map>
 #include <sstream>
 
 namespace world {
 namespace {
 
-const char *reason(int status) {
-    switch (status) {
-        case 200:
-            return "OK";
-        case 201:
-            return "Created";
-        case 204:
-            return "No Content";
-        case 302:
-            return "Found";
-        case 307:
-            return "Temporary Redirect";
-        case 400:
-            return "Bad Request";
-        case 403:
-            return "Forbidden";
-        case 404:
-            return "Not Found";
-        case 405:
-            return "Method Not Allowed";
-        case 410:
-            return "Gone";
-        case 500:
-            return "Internal Server Error";
-        case 503:
-            return "Service Unavailable";
-        default:
-            return "Status";
-    }
+std::string reason(int status) {
+    static const std::map<int, const char *> reasons = {
+        {200, "OK"},
+        {201, "Created"},
+        {204, "No Content"},
+        {302, "Found"},
+        {307, "Temporary Redirect"},
+        {400, "Bad Request"},
+        {403, "Forbidden"},
+        {404, "Not Found"},
+        {405, "Method Not Allowed"},
+        {410, "Gone"},
+        {500, "Internal Server Error"},
+        {503, "Service Unavailable"},
+    };
+    const auto found = reasons.find(status);
+    return found != reasons.end() ? found->second : "Status";
 }
 
 }  // namespace

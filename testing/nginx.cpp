@@ -1,10 +1,9 @@
-#include "testing/nginx.h"
-
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <utility>
 
+#include "testing/daemon.h"
 #include "testing/files.h"
 #include "testing/sha256.h"
 #include "testing/shown_folders.h"

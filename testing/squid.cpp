@@ -1,8 +1,7 @@
-#include "testing/squid.h"
-
 #include <filesystem>
 #include <sstream>
 
+#include "testing/daemon.h"
 #include "testing/files.h"
 #include "testing/shown_folders.h"
 

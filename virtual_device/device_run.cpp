@@ -9,11 +9,10 @@
 #include <tuple>
 
 #include "testing/certificates.h"
+#include "testing/daemon.h"
 #include "testing/files.h"
-#include "testing/nginx.h"
 #include "testing/private_world.h"
 #include "testing/shown_folders.h"
-#include "testing/squid.h"
 #include "testing/swift.h"
 #include "virtual_device/commands.h"
 
