@@ -219,6 +219,8 @@ Reply Cloud::take_upload(const Request &request, const std::string &digest) {
                              in_url(url->second.object);
     std::filesystem::rename(place_of(request), path, none);
     stored_.push_back({url->second.object, request.body_size, digest, path});
+    if (settings_.on_stored)
+        settings_.on_stored();
     return status_reply(200);
 }
 

@@ -55,7 +55,8 @@ struct CloudSettings {
     std::string store_url = std::string("https://") + kStoreHost;  // beginning of upload URLs
     // Gives the path and query of an upload URL by its number and object; empty: the cloud's own.
     std::function<std::string(size_t, const std::string &)> signer;
-    Gate *gate = nullptr;  // for the replies that hand out upload URLs
+    Gate *gate = nullptr;             // for the replies that hand out upload URLs
+    std::function<void()> on_stored;  // called for each upload that is kept, before its reply
 };
 
 // One upload that the cloud keeps.
