@@ -18,7 +18,7 @@
 #include "testing/files.h"
 #include "testing/shown_folders.h"
 #include "testing/spawn.h"
-#include "virtual_device/command_line.h"
+#include "virtual_device/commands.h"
 
 namespace fs = std::filesystem;
 
@@ -181,7 +181,7 @@ void cut_everywhere(const std::vector<DiskWrite> &writes, size_t step, Judge &ju
 int run(const std::string &kdump, const std::string &writer, bool sample, bool must_be_caught) {
     const std::string absolute = fs::absolute(writer).string();
     const std::string program = world::enter_world(kdump, {});
-    const Session session = record_session(program, world::inside(absolute), sample ? 1 : 10);
+    const Session session = record_session(program, world::inside(absolute), sample ? 1 : 12);
     const std::vector<DiskWrite> writes = read_disk_log(kDiskLog);
     Judge judge(session);
     cut_everywhere(writes, sample ? 8 : 1, judge);

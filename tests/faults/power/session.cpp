@@ -10,7 +10,7 @@
 #include "testing/paths.h"
 #include "testing/sha256.h"
 #include "testing/shown_folders.h"
-#include "virtual_device/command_line.h"
+#include "virtual_device/commands.h"
 #include "virtual_device/device_run.h"
 
 namespace power {
