@@ -28,6 +28,8 @@ devices = {disk}
 mount_check = false
 fallocate_reserve = 0
 container_update_timeout = 60
+conn_timeout = 60
+node_timeout = 120
 [pipeline:main]
 pipeline = {filters} {kind}-server
 [app:{kind}-server]
