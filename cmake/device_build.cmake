@@ -63,22 +63,29 @@ target_compile_options(shipped_code INTERFACE
 target_link_options(shipped_code INTERFACE -flto=auto -Wl,--gc-sections -static-libgcc -s)
 
 # A relocation then takes a few bits instead of 24 bytes; linker and C library must support it. glibc's
-# version tells; other C libraries, such as musl before 1.2.4, crash and tell nothing.
+# version tells; other C libraries, such as musl before 1.2.4, crash and tell nothing. No loader
+# relocates a static program: it unpacks them itself.
 include(CheckCSourceCompiles)
 set(CMAKE_REQUIRED_LINK_OPTIONS -Wl,-z,pack-relative-relocs)
+if(CLOUD_STATIC_PROGRAM)
+    set(CMAKE_REQUIRED_DEFINITIONS -DUNPACKS_ITSELF)
+endif()
 check_c_source_compiles("
+    #ifndef UNPACKS_ITSELF
     #include <features.h>
     #ifndef __GLIBC_PREREQ
     #error
     #elif !__GLIBC_PREREQ(2, 36)
     #error
     #endif
+    #endif
     int main(void) { return 0; }" CLOUD_PACKED_RELOCATIONS FAIL_REGEX ignored)
 unset(CMAKE_REQUIRED_LINK_OPTIONS)
-if(CLOUD_PACKED_RELOCATIONS OR CLOUD_STATIC_PROGRAM)
+unset(CMAKE_REQUIRED_DEFINITIONS)
+if(CLOUD_PACKED_RELOCATIONS)
     target_link_options(shipped_code INTERFACE -Wl,-z,pack-relative-relocs)
 endif()
-if(CLOUD_STATIC_PROGRAM)  # which no loader relocates
+if(CLOUD_PACKED_RELOCATIONS AND CLOUD_STATIC_PROGRAM)
     add_library(unpack_relocations OBJECT cmake/unpack_relocations.c)
     target_compile_options(unpack_relocations PRIVATE -fno-stack-protector)
     target_link_libraries(unpack_relocations PRIVATE project_warnings)

@@ -1,6 +1,6 @@
 /*
- * no_sleep PROGRAM [ARGUMENT...] runs a program in place of itself. Its calls of nanosleep(), and those
- * of all it starts, return at once: a process beside it records them as sleep_stand_in.c does. For
+ * no_sleep PROGRAM [ARGUMENT...] runs a program in place of itself. Its calls of sleep(), and those of
+ * all it starts, return at once: a process beside it records them as sleep_stand_in.c does. For
  * static programs and for emulators, whose sleep() nothing can replace. Without LD_PRELOAD, which says that
  * sleeps are to be recorded, it only runs the program.
  */
@@ -48,7 +48,9 @@ static void answer(int listener, const struct seccomp_notif *call) {
 
     if (process_vm_readv((pid_t)call->pid, &here, 1, &there, 1, 0) < 0)
         perror("no_sleep: process_vm_readv");
-    if (is_last_sleep((unsigned)time.tv_sec))
+    if (time.tv_sec == 0 || time.tv_nsec != 0) /* no sleep(), but an emulator's own wait */
+        response.flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+    else if (is_last_sleep((unsigned)time.tv_sec))
         kill((pid_t)call->pid, SIGTERM);
     ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &response);
 }

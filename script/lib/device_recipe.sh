@@ -25,8 +25,7 @@ openssl_options=(
 
 # For musl, where every page counts. The secure heap, which nothing here uses, needs the kernel's
 # headers; multi-block hashes several records at a time, for servers. The assembler code of P-256 has a
-# table of 152 kB, all of which a handshake reads; without it a run executes half as many instructions
-# again.
+# table of 152 kB, all of which a handshake reads.
 smallest_openssl_options=(no-secure-memory no-multiblock)
 without_p256_assembler='s/ecp_nistz256.c ecp_nistz256-[^ ]*//; s/ECP_NISTZ256_ASM//'
 
