@@ -57,21 +57,21 @@ void remove_upload_files() noexcept {
 }
 
 // Opens the status of the upload program; null, with the upload's files removed, when it is gone.
-OwnedFile open_status(int pid) noexcept {
+std::FILE *open_status(int pid) noexcept {
     Line path;
     path.format("/proc/%d", pid);
     const bool exists = access(path.c_str(), R_OK) == 0;
     path.append("/status");
     const bool readable = exists && access(path.c_str(), R_OK) == 0;
-    OwnedFile status(readable ? std::fopen(path.c_str(), "r") : nullptr);
-    if (!status) {
+    std::FILE *const status = readable ? std::fopen(path.c_str(), "r") : nullptr;
+    if (status == nullptr) {
         remove_upload_files();
     }
     if (!exists) {
         cloud_log("%s %d data.cgi %d is not exist\n", kFunction, 1686, pid);
     } else if (!readable) {
         cloud_log("/proc/%d/status not exist\n\n", pid);
-    } else if (!status) {
+    } else if (status == nullptr) {
         cloud_log("/proc/%d/status open fail\n\n", pid);
     }
     return status;
@@ -89,7 +89,7 @@ Status kill_stalled(int pid) noexcept {
 }
 
 Status check_process(int pid, bool plain_http) noexcept {
-    OwnedFile status = open_status(pid);
+    OwnedFile status(open_status(pid));
     bool is_data_cgi = false;
     bool is_stalled = false;
     char line[kLineSize];

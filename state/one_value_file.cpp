@@ -12,7 +12,8 @@
 namespace cloudagent {
 namespace {
 
-FileValue read_one(const char *path, const char *conversion, void *value) noexcept {
+template <class Value>
+FileValue read_one(const char *path, const char *conversion, Value *value) noexcept {
     const OwnedFile file(std::fopen(path, "r"));
     if (!file) {
         return FileValue::kNoFile;
