@@ -79,6 +79,12 @@ check_cppcheck() {
             -I build/dev/generated -j "$(nproc)"
 }
 
+check_clang() {
+    files "${modules[@]/%//*.cpp}" | xargs -P "$(nproc)" -I{} clang++ -std=c++17 -fno-exceptions -fno-rtti -O1 \
+        -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -I. -Ibuild/dev/generated \
+        -Ibuild/dev/include -I.deps/curl/include -c -o /dev/null {}
+}
+
 # g++ 12's analyzer follows memory and files through C++ without exceptions. Its check for
 # uninitialized values is off: it takes members that a constructor sets for uninitialized.
 check_analyzer() {
