@@ -33,8 +33,8 @@ without_p256_assembler='s/ecp_nistz256.c ecp_nistz256-[^ ]*//; s/ECP_NISTZ256_AS
 device_curl_options=(--disable-shared --disable-crypto-auth --disable-dateparse --disable-socketpair)
 
 # choose_target TARGET: sets target_name, toolchain_file, target_recipe, target_packages and, for musl,
-# smallest. native needs no toolchain file; with one, the unit tests need GoogleTest's source, which is not for Debian's
-# musl: there is no C++ library.
+# smallest. native needs no toolchain file; with one, the unit tests need GoogleTest's source. Debian's
+# musl has no C++ library, so there are no unit tests for it.
 choose_target() {
     target_name=$(basename "$1" .cmake)
     toolchain_file=
